@@ -1,0 +1,66 @@
+// The library as a whole: opening, closing, the device list, sleeping, its version.
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include "library.h"
+
+namespace {
+
+// A list as callers get it: the nodes live in the same allocation as its head.
+struct OwnedList {
+  DeviceList list;  // first, so that a pointer to it is a pointer to the whole
+  std::vector<DeviceNode> nodes;
+};
+
+}  // namespace
+
+extern "C" {
+
+int32_t CorvaneAPIInitialize(void) {
+  if (!OpenLibrary()) return kStateFailed;
+  int32_t status = CORVANE_OK;
+  if (PlainCall(__func__, "", status)) CloseLibrary();
+  return status;
+}
+
+int32_t CorvaneAPIUninitialize(void) {
+  int32_t status = CORVANE_OK;
+  PlainCall(__func__, "", status);
+  CloseLibrary();
+  return status;
+}
+
+DeviceList* CorvaneAPIGetDevicesList(void) {
+  int32_t status = CORVANE_OK;
+  std::vector<DeviceHandle> handles;
+  if (PlainCall(__func__, "", status) || !LibraryIsOpen()) return nullptr;
+  if (!AttachedDevices(handles)) return nullptr;
+
+  auto owned = std::make_unique<OwnedList>();
+  for (const DeviceHandle handle : handles) owned->nodes.push_back({nullptr, handle});
+  for (size_t i = 1; i < owned->nodes.size(); ++i) owned->nodes[i - 1].next = &owned->nodes[i];
+  owned->list.first = owned->nodes.empty() ? nullptr : owned->nodes.data();
+  owned->list.count = static_cast<int32_t>(owned->nodes.size());
+  return &owned.release()->list;
+}
+
+void CorvaneApiDeviceListFree(DeviceList* list) {
+  int32_t status = CORVANE_OK;
+  PlainCall(__func__, "", status);
+  delete reinterpret_cast<OwnedList*>(list);
+}
+
+void CorvaneApiSleepMs(uint32_t milliseconds) {
+  int32_t status = CORVANE_OK;
+  PlainCall(__func__, " milliseconds=" + std::to_string(milliseconds), status);
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+uint32_t CorvaneAPIGetVersion(void) {
+  int32_t status = CORVANE_OK;
+  PlainCall(__func__, "", status);
+  return OpenConfiguration().library_version;
+}
+
+}  // extern "C"

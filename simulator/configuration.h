@@ -1,0 +1,58 @@
+// What the simulator simulates: the devices, the faults to inject and the journal, read from a TOML
+// file (docs/simulator.md describes it for users).
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "device/corvane_api.h"
+#include "record_fields.h"
+
+// A record as the configuration file gives it.
+struct GivenRecord {
+  Bytes bytes;
+  bool raw;  // given as a whole, in hexadecimal: served as it is, whatever the device would say
+};
+
+struct DeviceConfiguration {
+  int32_t type_code = 0;
+  uint8_t mac[CORVANE_MAC_SIZE] = {};
+  std::string name;  // the MAC as text: names the device in the journal and in the state
+  uint32_t capabilities = 0;
+  VersionRecord versions = {};
+  std::vector<std::string> hw_firmwares;
+  int64_t boot_ms = 0;  // how long the device is away after a restart
+  std::map<std::string, GivenRecord, std::less<>> records;  // by the layout's name
+};
+
+// A call to fail: the nth call of the function in a process (any when call is 0), for one device or
+// all of them.
+struct Fault {
+  std::string function;
+  std::optional<std::string> device;  // its name
+  int64_t call = 0;
+  int32_t status = 0;
+};
+
+struct Configuration {
+  uint32_t library_version = 0;  // packed, lowest byte first
+  std::string journal;           // path; empty for none
+  std::vector<DeviceConfiguration> devices;
+  std::vector<Fault> faults;
+};
+
+// Reads the configuration in the named file. Nothing, with the error filled, when the file cannot
+// be read or is wrong. A relative journal path is taken from the file's folder.
+std::optional<Configuration> ReadConfigurationFile(const std::string& path,
+                                                   ConfigurationError& error);
+
+// Reads the text of a configuration file; path names it in relative paths only.
+std::optional<Configuration> ReadConfiguration(std::string_view text, const std::string& path,
+                                               ConfigurationError& error);
+
+// The configuration that serves when no file is named: three devices of different models whose
+// capabilities together reach every command.
+extern const char kBuiltinConfiguration[];

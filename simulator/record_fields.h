@@ -1,0 +1,54 @@
+// The records as named fields, so that a configuration file can give them by name.
+#pragma once
+
+#include <toml++/toml.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+using Bytes = std::vector<uint8_t>;
+
+enum class FieldKind : uint8_t {
+  kInteger,  // little-endian, width bytes, signed or not
+  kFloat,    // IEEE 754, 4 or 8 bytes
+  kBytes,    // width bytes, written as hexadecimal digits
+  kText,     // width bytes, NUL-terminated
+  kGroup     // count sub-records of width bytes each, with their own fields
+};
+
+struct Field {
+  const char* name;
+  uint32_t offset;
+  uint32_t width;
+  FieldKind kind;
+  std::span<const Field> fields{};  // of a group
+  uint32_t count = 1;               // of a group; above 1 it is written as an array of tables
+};
+
+// A record of a device that the configuration file may give.
+struct RecordLayout {
+  const char* name;  // of the table in the file
+  uint32_t size;
+  std::span<const Field> fields;
+};
+
+// The layout of that name; null when there is none.
+const RecordLayout* FindLayout(std::string_view name);
+std::span<const RecordLayout> AllLayouts();
+
+// What is wrong with a configuration file, and where.
+struct ConfigurationError {
+  uint32_t line = 0;  // 0 when no line is to blame
+  std::string reason;
+};
+
+// Writes what the node gives into record (layout.size bytes, changed only where the node names a
+// field): a table of fields, or a string with the whole record in hexadecimal. False with the error
+// filled when a field is unknown or a value does not fit it.
+bool ReadRecord(const RecordLayout& layout, const toml::node& node, Bytes& record,
+                ConfigurationError& error);
+
+// The bytes of a text of hexadecimal digits; false when it is not one.
+bool ReadHex(std::string_view text, Bytes& bytes);

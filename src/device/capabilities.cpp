@@ -1,0 +1,28 @@
+#include "device/capabilities.h"
+
+#include <cstdio>
+
+#include "device/report.h"
+#include "device/session.h"
+#include "device/status.h"
+#include "shell/handlers.h"
+
+int CapabilitiesShow(const CommandNode& leaf) {
+  const Session session(leaf);
+  if (!session.has_device()) return kNoDevice;
+  const uint32_t mask = CorvaneAPIGetDeviceCapabilitiesEx(session.device());
+  puts("Device's capabilities:");
+  for (const Capability& capability : kCapabilities) {
+    printf("\t%s: %s\n", capability.label, YesOrNo((mask & capability.bit) != 0));
+  }
+  return kSuccess;
+}
+
+// The legend is the same for every device, so none is selected and --device is not read.
+int CapabilitiesLegend(const CommandNode&) {
+  puts("Legend of device's capabilities:");
+  for (const Capability& capability : kCapabilities) {
+    printf("\t%s: %s\n", capability.label, capability.legend);
+  }
+  return kSuccess;
+}

@@ -1,0 +1,752 @@
+/*
+ * The boundary to the device library, libCorvaneAPI.so.2: its 41 functions and every record that
+ * crosses it. The header is plain C, so that the utility, the simulator and C programs share it.
+ *
+ * Conventions:
+ *  - A status is 0 for success; any other value is a failure. enum CorvaneStatus names the ones
+ *    that callers tell apart.
+ *  - A per-device function takes the DeviceHandle found in the device list as its first argument.
+ *  - Get functions fill a record that the caller owns; Set functions take the whole record by
+ *    value; Save functions make the device store its current configuration of that kind.
+ *  - Integers are little-endian. Switch fields hold 1 for on and 0 for off.
+ *  - Padding and fields called reserved travel unchanged between a read and the write that follows.
+ *
+ * Records that the library fills are untrusted: counts and indexes are checked against the arrays
+ * below before use, texts are read no further than their array.
+ */
+#ifndef CORVANE_DEVICE_CORVANE_API_H_
+#define CORVANE_DEVICE_CORVANE_API_H_
+
+#include <stddef.h>
+#include <stdint.h>
+#include <wchar.h>
+
+#ifdef __cplusplus
+#define CORVANE_ASSERT(condition) static_assert(condition, #condition)
+extern "C" {
+#else
+#define CORVANE_ASSERT(condition) _Static_assert(condition, #condition)
+#endif
+
+#define CORVANE_ASSERT_SIZE(type, size) CORVANE_ASSERT(sizeof(type) == (size))
+#define CORVANE_ASSERT_OFFSET(type, field, offset) CORVANE_ASSERT(offsetof(type, field) == (offset))
+
+enum CorvaneStatus {
+  CORVANE_OK = 0,
+  CORVANE_DEVICE_NOT_FOUND = -4,
+  CORVANE_GPS_OUTPUT_NOT_SUPPORTED = -5,
+  CORVANE_UPDATE_IN_PROGRESS = -13,
+  CORVANE_UPDATE_FILE_UNREADABLE = -14,
+  CORVANE_UPDATE_FILE_INVALID = -15
+};
+
+/* ---- Devices ------------------------------------------------------------------------------- */
+
+/* Names one attached device; valid until the library is closed. */
+typedef uint64_t DeviceHandle;
+
+/* The handle that stands for "no device". */
+#define CORVANE_NO_DEVICE (~(DeviceHandle)0)
+
+typedef struct DeviceNode {
+  struct DeviceNode* next; /* NULL at the end */
+  DeviceHandle handle;
+} DeviceNode;
+CORVANE_ASSERT_SIZE(DeviceNode, 16);
+CORVANE_ASSERT_OFFSET(DeviceNode, next, 0);
+CORVANE_ASSERT_OFFSET(DeviceNode, handle, 8);
+
+/* Owned by the library; given back with CorvaneApiDeviceListFree. */
+typedef struct DeviceList {
+  DeviceNode* first; /* NULL when the list is empty */
+  int32_t count;
+} DeviceList;
+CORVANE_ASSERT_SIZE(DeviceList, 16);
+CORVANE_ASSERT_OFFSET(DeviceList, first, 0);
+CORVANE_ASSERT_OFFSET(DeviceList, count, 8);
+
+enum { CORVANE_MAC_SIZE = 6 };
+
+typedef struct VersionRecord {
+  uint8_t sw_firmware[4]; /* printed in this order */
+  uint8_t driver[4];      /* printed in this order */
+  uint32_t hw_firmware;
+} VersionRecord;
+CORVANE_ASSERT_SIZE(VersionRecord, 12);
+CORVANE_ASSERT_OFFSET(VersionRecord, sw_firmware, 0);
+CORVANE_ASSERT_OFFSET(VersionRecord, driver, 4);
+CORVANE_ASSERT_OFFSET(VersionRecord, hw_firmware, 8);
+
+/* ---- Features, timing configuration, hardware firmwares ------------------------------------ */
+
+typedef struct FeaturesRecord {
+  uint32_t transmitcrcerrors;
+  uint32_t keepcrc32;
+  uint32_t disablea;
+  uint32_t disableb;
+  uint32_t slicing;
+  uint32_t inline_; /* the field is called inline, which is a keyword */
+  uint32_t loopback;
+  uint32_t ts;
+  uint32_t syncts;
+  uint32_t forcepps;
+  uint32_t tssource; /* 0 system time, 1 RTC, 2 GPS, 3 do not initialize, 4 manual */
+  uint32_t waitforsync;
+  uint32_t ppsoutput;
+  uint16_t ppscomp; /* delay in units of 2^-32 s, applied negatively; 0 to 215 */
+  uint16_t reserved_54;
+  uint32_t portAts; /* 0 capture, 1 ingress, 2 egress */
+  uint32_t portBts;
+  uint32_t reserved_64;
+  uint16_t slicing_size; /* bytes */
+  uint16_t reserved_70;
+  uint32_t autonega;
+  uint32_t autonegb;
+  uint8_t firmware_index; /* into HwFirmwaresDesc.names; 0 is the 10G firmware, 1 the 1G one */
+  uint8_t reserved_81[3];
+} FeaturesRecord;
+CORVANE_ASSERT_SIZE(FeaturesRecord, 84);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, transmitcrcerrors, 0);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, keepcrc32, 4);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, disablea, 8);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, disableb, 12);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, slicing, 16);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, inline_, 20);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, loopback, 24);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, ts, 28);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, syncts, 32);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, forcepps, 36);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, tssource, 40);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, waitforsync, 44);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, ppsoutput, 48);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, ppscomp, 52);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, reserved_54, 54);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, portAts, 56);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, portBts, 60);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, reserved_64, 64);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, slicing_size, 68);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, reserved_70, 70);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, autonega, 72);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, autonegb, 76);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, firmware_index, 80);
+CORVANE_ASSERT_OFFSET(FeaturesRecord, reserved_81, 81);
+
+enum { CORVANE_HW_FIRMWARES = 4, CORVANE_HW_FIRMWARE_NAME_SIZE = 32 };
+
+typedef struct HwFirmwaresDesc {
+  int32_t count; /* of valid names; may be anything, check it against CORVANE_HW_FIRMWARES */
+  char names[CORVANE_HW_FIRMWARES][CORVANE_HW_FIRMWARE_NAME_SIZE]; /* NUL-terminated */
+} HwFirmwaresDesc;
+CORVANE_ASSERT_SIZE(HwFirmwaresDesc, 132);
+CORVANE_ASSERT_OFFSET(HwFirmwaresDesc, count, 0);
+CORVANE_ASSERT_OFFSET(HwFirmwaresDesc, names, 4);
+
+/* ---- Port control -------------------------------------------------------------------------- */
+
+typedef struct PortControl {
+  uint32_t autoneg;
+  uint32_t _1000txfd; /* the speed fields are called 1000txfd and so on */
+  uint32_t _100txfd;
+  uint32_t _100txhd;
+  uint32_t _10txfd;
+  uint32_t _10txhd;
+  uint32_t asympause;
+  uint32_t sympause;
+  uint32_t prefmaster;
+  uint32_t forcerole;
+} PortControl;
+CORVANE_ASSERT_SIZE(PortControl, 40);
+CORVANE_ASSERT_OFFSET(PortControl, autoneg, 0);
+CORVANE_ASSERT_OFFSET(PortControl, _1000txfd, 4);
+CORVANE_ASSERT_OFFSET(PortControl, _100txfd, 8);
+CORVANE_ASSERT_OFFSET(PortControl, _100txhd, 12);
+CORVANE_ASSERT_OFFSET(PortControl, _10txfd, 16);
+CORVANE_ASSERT_OFFSET(PortControl, _10txhd, 20);
+CORVANE_ASSERT_OFFSET(PortControl, asympause, 24);
+CORVANE_ASSERT_OFFSET(PortControl, sympause, 28);
+CORVANE_ASSERT_OFFSET(PortControl, prefmaster, 32);
+CORVANE_ASSERT_OFFSET(PortControl, forcerole, 36);
+
+enum { CORVANE_PORTS = 2 }; /* port A is 0, port B is 1 */
+
+typedef struct PortsSpeedRecord {
+  PortControl ports[CORVANE_PORTS];
+} PortsSpeedRecord;
+CORVANE_ASSERT_SIZE(PortsSpeedRecord, 80);
+CORVANE_ASSERT_OFFSET(PortsSpeedRecord, ports, 0);
+
+/* ---- Link, SFP and PHY status -------------------------------------------------------------- */
+
+typedef struct LinkEntry {
+  uint32_t reserved_0;
+  int32_t speed;   /* 0 10 Mbit/s, 1 100 Mbit/s, 2 1 Gbit/s, 3 10 Gbit/s, 5 link down */
+  uint32_t duplex; /* 0 full, else half */
+} LinkEntry;
+CORVANE_ASSERT_SIZE(LinkEntry, 12);
+CORVANE_ASSERT_OFFSET(LinkEntry, reserved_0, 0);
+CORVANE_ASSERT_OFFSET(LinkEntry, speed, 4);
+CORVANE_ASSERT_OFFSET(LinkEntry, duplex, 8);
+
+/* The five quantities of a module's digital diagnostics, in engineering units. */
+typedef struct SfpQuantities {
+  float temperature; /* degrees Celsius */
+  float voltage;     /* V */
+  float tx_bias;     /* mA */
+  float tx_power;    /* mW */
+  float rx_power;    /* mW */
+} SfpQuantities;
+CORVANE_ASSERT_SIZE(SfpQuantities, 20);
+CORVANE_ASSERT_OFFSET(SfpQuantities, temperature, 0);
+CORVANE_ASSERT_OFFSET(SfpQuantities, voltage, 4);
+CORVANE_ASSERT_OFFSET(SfpQuantities, tx_bias, 8);
+CORVANE_ASSERT_OFFSET(SfpQuantities, tx_power, 12);
+CORVANE_ASSERT_OFFSET(SfpQuantities, rx_power, 16);
+
+/* Decoded by the device from the module's SFF-8472 identification and diagnostics pages. */
+typedef struct SfpInfo {
+  uint8_t link_up; /* non-zero when up */
+  char vendor_name[19];
+  int32_t vendor_oui;
+  char model[17];
+  char revision[5];
+  char date_code[14];
+  char serial_no[20];
+  int32_t nominal_rate;
+  int32_t max_bitrate;
+  int32_t min_bitrate;
+  int32_t encoding;
+  int32_t rate_id;
+  int32_t identifier;
+  int32_t ext_identifier;
+  int32_t connector;
+  int32_t wavelength_nm;
+  int32_t monitoring_type;
+  int32_t sff8472_compliance;
+  int32_t length_smf;
+  int32_t length_om2;
+  int32_t length_om1;
+  int32_t length_copper;
+  int32_t length_om3;
+  uint8_t reserved_144[280];
+  struct {
+    SfpQuantities measured;
+    SfpQuantities low_alarm;
+    SfpQuantities low_warning;
+    SfpQuantities high_alarm;
+    SfpQuantities high_warning;
+  } ddm;
+  uint32_t flags; /* from bit 0: five alarms, five warnings, three status bits */
+  int32_t mode;   /* 0 inline, 1 span */
+} SfpInfo;
+CORVANE_ASSERT_SIZE(SfpInfo, 532);
+CORVANE_ASSERT_OFFSET(SfpInfo, link_up, 0);
+CORVANE_ASSERT_OFFSET(SfpInfo, vendor_name, 1);
+CORVANE_ASSERT_OFFSET(SfpInfo, vendor_oui, 20);
+CORVANE_ASSERT_OFFSET(SfpInfo, model, 24);
+CORVANE_ASSERT_OFFSET(SfpInfo, revision, 41);
+CORVANE_ASSERT_OFFSET(SfpInfo, date_code, 46);
+CORVANE_ASSERT_OFFSET(SfpInfo, serial_no, 60);
+CORVANE_ASSERT_OFFSET(SfpInfo, nominal_rate, 80);
+CORVANE_ASSERT_OFFSET(SfpInfo, max_bitrate, 84);
+CORVANE_ASSERT_OFFSET(SfpInfo, min_bitrate, 88);
+CORVANE_ASSERT_OFFSET(SfpInfo, encoding, 92);
+CORVANE_ASSERT_OFFSET(SfpInfo, rate_id, 96);
+CORVANE_ASSERT_OFFSET(SfpInfo, identifier, 100);
+CORVANE_ASSERT_OFFSET(SfpInfo, ext_identifier, 104);
+CORVANE_ASSERT_OFFSET(SfpInfo, connector, 108);
+CORVANE_ASSERT_OFFSET(SfpInfo, wavelength_nm, 112);
+CORVANE_ASSERT_OFFSET(SfpInfo, monitoring_type, 116);
+CORVANE_ASSERT_OFFSET(SfpInfo, sff8472_compliance, 120);
+CORVANE_ASSERT_OFFSET(SfpInfo, length_smf, 124);
+CORVANE_ASSERT_OFFSET(SfpInfo, length_om2, 128);
+CORVANE_ASSERT_OFFSET(SfpInfo, length_om1, 132);
+CORVANE_ASSERT_OFFSET(SfpInfo, length_copper, 136);
+CORVANE_ASSERT_OFFSET(SfpInfo, length_om3, 140);
+CORVANE_ASSERT_OFFSET(SfpInfo, reserved_144, 144);
+CORVANE_ASSERT_OFFSET(SfpInfo, ddm, 424);
+CORVANE_ASSERT_OFFSET(SfpInfo, ddm.low_alarm, 444);
+CORVANE_ASSERT_OFFSET(SfpInfo, ddm.low_warning, 464);
+CORVANE_ASSERT_OFFSET(SfpInfo, ddm.high_alarm, 484);
+CORVANE_ASSERT_OFFSET(SfpInfo, ddm.high_warning, 504);
+CORVANE_ASSERT_OFFSET(SfpInfo, flags, 524);
+CORVANE_ASSERT_OFFSET(SfpInfo, mode, 528);
+
+enum {
+  CORVANE_PHY_SLOTS = 31,
+  CORVANE_PHY_MASTER_SLAVE = 0,     /* slot: 0 master, 1 slave, else unknown */
+  CORVANE_PHY_IDLE_ERROR_COUNT = 18 /* slot: an 8-bit count in the first byte, 3 bytes reserved */
+};
+
+/* Every slot but the two named above is a status flag: 0 no, 1 yes, else unknown. */
+typedef struct PhyStatus {
+  uint32_t slots[CORVANE_PHY_SLOTS];
+} PhyStatus;
+CORVANE_ASSERT_SIZE(PhyStatus, 124);
+CORVANE_ASSERT_OFFSET(PhyStatus, slots, 0);
+
+typedef struct LinkStatusRecord {
+  uint8_t link_valid; /* 1 when links is valid */
+  uint8_t reserved_1[7];
+  LinkEntry links[CORVANE_PORTS];
+  uint8_t sfp_valid; /* 1 when the device has SFP cages */
+  uint8_t reserved_33[3];
+  int32_t sfp_count;
+  SfpInfo sfps[CORVANE_PORTS];
+  uint8_t phy_valid; /* 1 when the device has copper PHYs */
+  uint8_t reserved_1105[3];
+  int32_t phy_count;
+  PhyStatus phys[CORVANE_PORTS];
+} LinkStatusRecord;
+CORVANE_ASSERT_SIZE(LinkStatusRecord, 1360);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, link_valid, 0);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, reserved_1, 1);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, links, 8);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, sfp_valid, 32);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, reserved_33, 33);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, sfp_count, 36);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, sfps, 40);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, phy_valid, 1104);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, reserved_1105, 1105);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, phy_count, 1108);
+CORVANE_ASSERT_OFFSET(LinkStatusRecord, phys, 1112);
+
+/* ---- Deep packet inspection ---------------------------------------------------------------- */
+
+typedef struct DpiFilterRecord {
+  uint32_t enabled;
+  uint8_t data[16]; /* raw bytes, no terminator */
+  uint8_t reserved_20[16];
+  uint32_t mask; /* bit 0 belongs to data[0] */
+} DpiFilterRecord;
+CORVANE_ASSERT_SIZE(DpiFilterRecord, 40);
+CORVANE_ASSERT_OFFSET(DpiFilterRecord, enabled, 0);
+CORVANE_ASSERT_OFFSET(DpiFilterRecord, data, 4);
+CORVANE_ASSERT_OFFSET(DpiFilterRecord, reserved_20, 20);
+CORVANE_ASSERT_OFFSET(DpiFilterRecord, mask, 36);
+
+/* ---- Power over Ethernet ------------------------------------------------------------------- */
+
+enum { CORVANE_POE_PAIRS = 4 };
+
+typedef struct PoePair {
+  float voltage; /* V */
+  float current; /* A */
+  uint8_t
+      return_path[CORVANE_POE_PAIRS]; /* non-zero: that pair carries this pair's return current */
+} PoePair;
+CORVANE_ASSERT_SIZE(PoePair, 12);
+CORVANE_ASSERT_OFFSET(PoePair, voltage, 0);
+CORVANE_ASSERT_OFFSET(PoePair, current, 4);
+CORVANE_ASSERT_OFFSET(PoePair, return_path, 8);
+
+typedef struct PoeMeasures {
+  PoePair pairs[CORVANE_POE_PAIRS];
+  float supply_voltage; /* V */
+} PoeMeasures;
+CORVANE_ASSERT_SIZE(PoeMeasures, 52);
+CORVANE_ASSERT_OFFSET(PoeMeasures, pairs, 0);
+CORVANE_ASSERT_OFFSET(PoeMeasures, supply_voltage, 48);
+
+/* ---- Direct capture ------------------------------------------------------------------------ */
+
+/* Capture to one named file (or to files derived from that name). */
+typedef struct DiskDumpConfig {
+  uint32_t loop; /* 1: round-robin over the files */
+  uint8_t reserved_4[4];
+  uint32_t reserved_8; /* always 0 */
+  uint8_t reserved_12[4];
+  const wchar_t* file_name;
+  uint64_t max_file_size; /* bytes, 0 for no limit */
+  uint64_t max_cache;     /* bytes */
+  uint32_t file_count;    /* 0 for no limit */
+  uint32_t max_duration;  /* seconds a file, 0 for no limit */
+  uint32_t full_frames;
+  uint8_t reserved_52[4];
+} DiskDumpConfig;
+CORVANE_ASSERT_SIZE(DiskDumpConfig, 56);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, loop, 0);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, reserved_4, 4);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, reserved_8, 8);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, reserved_12, 12);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, file_name, 16);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, max_file_size, 24);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, max_cache, 32);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, file_count, 40);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, max_duration, 44);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, full_frames, 48);
+CORVANE_ASSERT_OFFSET(DiskDumpConfig, reserved_52, 52);
+
+/* Capture to a folder, with file names made from a pattern. */
+typedef struct DiskDumpConfigEx {
+  uint32_t loop;
+  uint8_t reserved_4[4];
+  uint32_t reserved_8; /* always 0 */
+  uint8_t reserved_12[4];
+  uint64_t max_file_size;
+  uint64_t max_cache;
+  uint32_t file_count;
+  uint32_t max_duration;
+  uint32_t full_frames;
+  uint8_t reserved_44[4];
+  const wchar_t* directory;
+  const wchar_t* pattern; /* placeholders %N %Y %M %D %H %m %s are the library's to fill in */
+} DiskDumpConfigEx;
+CORVANE_ASSERT_SIZE(DiskDumpConfigEx, 64);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, loop, 0);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, reserved_4, 4);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, reserved_8, 8);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, reserved_12, 12);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, max_file_size, 16);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, max_cache, 24);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, file_count, 32);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, max_duration, 36);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, full_frames, 40);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, reserved_44, 44);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, directory, 48);
+CORVANE_ASSERT_OFFSET(DiskDumpConfigEx, pattern, 56);
+
+typedef struct DiskDumpStatus {
+  uint8_t enabled; /* non-zero while a capture runs */
+  uint8_t reserved_1[7];
+  uint64_t cache_used;    /* bytes */
+  uint64_t bytes_written; /* bytes */
+  uint64_t bytes_dropped; /* bytes */
+  uint32_t error;         /* non-zero when the capture has failed */
+  uint8_t reserved_36[4];
+  uint64_t max_cache; /* bytes */
+  uint64_t files_written;
+} DiskDumpStatus;
+CORVANE_ASSERT_SIZE(DiskDumpStatus, 56);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, enabled, 0);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, reserved_1, 1);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, cache_used, 8);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, bytes_written, 16);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, bytes_dropped, 24);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, error, 32);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, reserved_36, 36);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, max_cache, 40);
+CORVANE_ASSERT_OFFSET(DiskDumpStatus, files_written, 48);
+
+/* ---- Statistics ---------------------------------------------------------------------------- */
+
+typedef struct PortStatistics {
+  uint64_t less_than_64; /* frames shorter than 64 bytes */
+  uint64_t from_64_to_1518;
+  uint64_t more_than_1518;
+  uint64_t collisions;
+  uint64_t crc_errors;
+  uint64_t jabbers;
+  uint64_t total_bytes;
+  uint64_t reserved_56; /* a counter that no report shows */
+  uint64_t valid_packets;
+  uint64_t invalid_packets;
+  uint64_t hw_dropped;
+} PortStatistics;
+CORVANE_ASSERT_SIZE(PortStatistics, 88);
+CORVANE_ASSERT_OFFSET(PortStatistics, less_than_64, 0);
+CORVANE_ASSERT_OFFSET(PortStatistics, from_64_to_1518, 8);
+CORVANE_ASSERT_OFFSET(PortStatistics, more_than_1518, 16);
+CORVANE_ASSERT_OFFSET(PortStatistics, collisions, 24);
+CORVANE_ASSERT_OFFSET(PortStatistics, crc_errors, 32);
+CORVANE_ASSERT_OFFSET(PortStatistics, jabbers, 40);
+CORVANE_ASSERT_OFFSET(PortStatistics, total_bytes, 48);
+CORVANE_ASSERT_OFFSET(PortStatistics, reserved_56, 56);
+CORVANE_ASSERT_OFFSET(PortStatistics, valid_packets, 64);
+CORVANE_ASSERT_OFFSET(PortStatistics, invalid_packets, 72);
+CORVANE_ASSERT_OFFSET(PortStatistics, hw_dropped, 80);
+
+enum { CORVANE_COUNTERS_V2 = 16, CORVANE_STATISTICS_SIZE = 232 };
+
+typedef struct StatisticsRecord {
+  uint32_t version; /* 1 or 2: which member of counters is valid */
+  uint8_t reserved_4[4];
+  uint64_t timestamp;
+  uint64_t sw_dropped; /* frames */
+  union {
+    struct {
+      uint64_t link_up_ms;
+      uint64_t link_down_ms;
+      PortStatistics ports[CORVANE_PORTS];
+    } v1;
+    uint64_t v2[CORVANE_COUNTERS_V2];
+    uint8_t raw[CORVANE_STATISTICS_SIZE - 24]; /* callers provide the whole buffer */
+  } counters;
+} StatisticsRecord;
+CORVANE_ASSERT_SIZE(StatisticsRecord, CORVANE_STATISTICS_SIZE);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, version, 0);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, reserved_4, 4);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, timestamp, 8);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, sw_dropped, 16);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, counters.v1.link_up_ms, 24);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, counters.v1.link_down_ms, 32);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, counters.v1.ports, 40);
+CORVANE_ASSERT_OFFSET(StatisticsRecord, counters.v2, 24);
+
+/* A condition is 1 count if true, 0 count if false, -1 ignore. */
+typedef struct CounterV2Config {
+  int32_t index; /* 0 to 15; 15 is reserved for hardware-dropped packets */
+  int32_t ipv4;
+  int32_t ipv6;
+  int32_t bcast;
+  int32_t mcast;
+  int32_t ucast;
+  int32_t reserved_24;
+  int32_t icmp;
+  int32_t udp;
+  int32_t tcp;
+  int32_t crc_ok;
+  int32_t hw_dropped;
+  int32_t size;        /* bytes */
+  int32_t size_mode;   /* 0 greater than, 1 less than, 2 equal to, -1 no size condition */
+  uint8_t address[16]; /* reversed: the last byte of the address first */
+  uint8_t mask[16];    /* arranged like address; 0xFF marks a byte that must match */
+  int32_t porta;       /* 1 counted, 0 not */
+  int32_t portb;
+  int32_t mode; /* 0 packets, 1 bytes */
+} CounterV2Config;
+CORVANE_ASSERT_SIZE(CounterV2Config, 100);
+CORVANE_ASSERT_OFFSET(CounterV2Config, index, 0);
+CORVANE_ASSERT_OFFSET(CounterV2Config, ipv4, 4);
+CORVANE_ASSERT_OFFSET(CounterV2Config, ipv6, 8);
+CORVANE_ASSERT_OFFSET(CounterV2Config, bcast, 12);
+CORVANE_ASSERT_OFFSET(CounterV2Config, mcast, 16);
+CORVANE_ASSERT_OFFSET(CounterV2Config, ucast, 20);
+CORVANE_ASSERT_OFFSET(CounterV2Config, reserved_24, 24);
+CORVANE_ASSERT_OFFSET(CounterV2Config, icmp, 28);
+CORVANE_ASSERT_OFFSET(CounterV2Config, udp, 32);
+CORVANE_ASSERT_OFFSET(CounterV2Config, tcp, 36);
+CORVANE_ASSERT_OFFSET(CounterV2Config, crc_ok, 40);
+CORVANE_ASSERT_OFFSET(CounterV2Config, hw_dropped, 44);
+CORVANE_ASSERT_OFFSET(CounterV2Config, size, 48);
+CORVANE_ASSERT_OFFSET(CounterV2Config, size_mode, 52);
+CORVANE_ASSERT_OFFSET(CounterV2Config, address, 56);
+CORVANE_ASSERT_OFFSET(CounterV2Config, mask, 72);
+CORVANE_ASSERT_OFFSET(CounterV2Config, porta, 88);
+CORVANE_ASSERT_OFFSET(CounterV2Config, portb, 92);
+CORVANE_ASSERT_OFFSET(CounterV2Config, mode, 96);
+
+/* ---- Packet filter, packet type filter ----------------------------------------------------- */
+
+typedef struct PacketFilterRecord {
+  uint32_t enable;
+  uint32_t match_flags;  /* bit 0 IPv6, then used: 1 dst MAC, 2 src MAC, 3 dst IP, 4 src IP,
+                            5 dst port, 6 src port, 7 VLAN id */
+  uint16_t either_flags; /* the source field matches either side: bit 0 MAC, 1 IP, 2 port */
+  uint8_t dst_mac[CORVANE_MAC_SIZE]; /* addresses are reversed: the last byte first */
+  uint8_t src_mac[CORVANE_MAC_SIZE];
+  uint8_t dst_ip[16];
+  uint8_t src_ip[16];
+  uint16_t dst_port;
+  uint16_t src_port;
+  uint16_t mac_masks; /* bits 0..5 bytes of dst_mac that must match, 6..11 of src_mac */
+  uint16_t dst_ip_mask;
+  uint16_t src_ip_mask;
+  uint8_t port_masks; /* bits 0..1 dst_port, 2..3 src_port */
+  uint8_t reserved_65;
+  uint16_t vlan_id;
+  uint16_t vlan_mask;
+  uint8_t reserved_70[2];
+} PacketFilterRecord;
+CORVANE_ASSERT_SIZE(PacketFilterRecord, 72);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, enable, 0);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, match_flags, 4);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, either_flags, 8);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, dst_mac, 10);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, src_mac, 16);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, dst_ip, 22);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, src_ip, 38);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, dst_port, 54);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, src_port, 56);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, mac_masks, 58);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, dst_ip_mask, 60);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, src_ip_mask, 62);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, port_masks, 64);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, reserved_65, 65);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, vlan_id, 66);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, vlan_mask, 68);
+CORVANE_ASSERT_OFFSET(PacketFilterRecord, reserved_70, 70);
+
+/* One byte a switch: non-zero is on. */
+typedef struct PacketTypeFilterRecord {
+  uint8_t ipv4;
+  uint8_t ipv6;
+  uint8_t arp;
+  uint8_t tcp;
+  uint8_t udp;
+  uint8_t icmp;
+  uint8_t igmp;
+  uint8_t https;
+  uint8_t http;
+  uint8_t ftp;
+  uint8_t dns;
+  uint8_t smtp;
+  uint8_t pop3;
+  uint8_t dhcp;
+  uint8_t ssh;
+  uint8_t sip;
+  uint8_t smb;
+  uint8_t tcpfin;
+  uint8_t tcpsyn;
+  uint8_t tcprst;
+  uint8_t tcppsh;
+  uint8_t tcpack;
+  uint8_t zerowindow;
+  uint8_t quic;
+  uint8_t vlan;
+  uint8_t l2other;
+  uint8_t l4other;
+} PacketTypeFilterRecord;
+CORVANE_ASSERT_SIZE(PacketTypeFilterRecord, 27);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, ipv4, 0);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, ipv6, 1);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, arp, 2);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, tcp, 3);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, udp, 4);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, icmp, 5);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, igmp, 6);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, https, 7);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, http, 8);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, ftp, 9);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, dns, 10);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, smtp, 11);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, pop3, 12);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, dhcp, 13);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, ssh, 14);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, sip, 15);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, smb, 16);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, tcpfin, 17);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, tcpsyn, 18);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, tcprst, 19);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, tcppsh, 20);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, tcpack, 21);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, zerowindow, 22);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, quic, 23);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, vlan, 24);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, l2other, 25);
+CORVANE_ASSERT_OFFSET(PacketTypeFilterRecord, l4other, 26);
+
+/* ---- Timing -------------------------------------------------------------------------------- */
+
+typedef struct TimingStatusRecord {
+  uint32_t gps_module; /* 0 present, 2 locked, else none */
+  uint32_t gps_fix;    /* 1 2D, 2 3D, else none */
+  uint32_t satellites_used;
+  uint32_t satellites_gps;     /* in view */
+  uint32_t satellites_glonass; /* in view */
+  uint32_t gps_pps;            /* 1 detected */
+  uint32_t external_pps;       /* 1 detected */
+  uint32_t synchronized;       /* 1 when the timestamp clock is synchronised */
+  double pps_deviation;        /* ns */
+  uint8_t reserved_40[4];
+  uint32_t timestamp_source; /* 0 system clock, 1 RTC, 2 GPS, 3 none, 4 manual, 5 SNTP */
+  uint32_t rtc_hour;         /* UTC */
+  uint32_t rtc_minute;
+  uint32_t rtc_second;
+  uint32_t rtc_year;  /* four digits */
+  uint32_t rtc_month; /* 1 to 12 */
+  uint32_t rtc_day;   /* 1 to 31 */
+  uint8_t reserved_72[8];
+} TimingStatusRecord;
+CORVANE_ASSERT_SIZE(TimingStatusRecord, 80);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, gps_module, 0);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, gps_fix, 4);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, satellites_used, 8);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, satellites_gps, 12);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, satellites_glonass, 16);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, gps_pps, 20);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, external_pps, 24);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, synchronized, 28);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, pps_deviation, 32);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, reserved_40, 40);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, timestamp_source, 44);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, rtc_hour, 48);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, rtc_minute, 52);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, rtc_second, 56);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, rtc_year, 60);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, rtc_month, 64);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, rtc_day, 68);
+CORVANE_ASSERT_OFFSET(TimingStatusRecord, reserved_72, 72);
+
+typedef struct TimingTimeRecord {
+  uint32_t time_source; /* coded like timestamp_source: 0 system clock, 2 GPS, 4 manual, 5 SNTP */
+  uint32_t seconds;     /* since the Unix epoch */
+  uint32_t nanoseconds;
+} TimingTimeRecord;
+CORVANE_ASSERT_SIZE(TimingTimeRecord, 12);
+CORVANE_ASSERT_OFFSET(TimingTimeRecord, time_source, 0);
+CORVANE_ASSERT_OFFSET(TimingTimeRecord, seconds, 4);
+CORVANE_ASSERT_OFFSET(TimingTimeRecord, nanoseconds, 8);
+
+/* ---- Functions ----------------------------------------------------------------------------- */
+
+/* Opens the library. Every other call needs it open. */
+int32_t CorvaneAPIInitialize(void);
+/* Closes the library; handles and lists become invalid. */
+int32_t CorvaneAPIUninitialize(void);
+
+/* The attached devices, owned by the library until CorvaneApiDeviceListFree; may be NULL. */
+DeviceList* CorvaneAPIGetDevicesList(void);
+void CorvaneApiDeviceListFree(DeviceList* list);
+void CorvaneApiSleepMs(uint32_t milliseconds);
+
+int32_t CorvaneAPIGetDeviceType(DeviceHandle device, int32_t* type_code);
+/* mac: CORVANE_MAC_SIZE bytes, first byte of the text first. */
+int32_t CorvaneAPIGetDeviceMAC(DeviceHandle device, uint8_t* mac);
+/* The capability mask itself, no status; the bits are named in device/capabilities.h. */
+uint32_t CorvaneAPIGetDeviceCapabilitiesEx(DeviceHandle device);
+/* The library's version, four bytes, lowest first. */
+uint32_t CorvaneAPIGetVersion(void);
+int32_t CorvaneAPIGetVersions(DeviceHandle device, VersionRecord* versions);
+
+int32_t CorvaneAPIGetDeviceFeatures(DeviceHandle device, FeaturesRecord* features);
+int32_t CorvaneAPISetDeviceFeatures(DeviceHandle device, FeaturesRecord features);
+/* Stores the whole current configuration: features, timing and port control. */
+int32_t CorvaneAPISaveDeviceFeatures(DeviceHandle device);
+int32_t CorvaneAPIGetHwFirmwaresDesc(DeviceHandle device, HwFirmwaresDesc* firmwares);
+int32_t CorvaneAPIRestartDevice(DeviceHandle device);
+
+int32_t CorvaneAPIGetDevicePortsSpeed(DeviceHandle device, PortsSpeedRecord* speeds);
+int32_t CorvaneAPISetDevicePortsSpeed(DeviceHandle device, PortsSpeedRecord speeds);
+int32_t CorvaneAPIGetLinkStatus(DeviceHandle device, LinkStatusRecord* status);
+
+int32_t CorvaneAPIGetDpiFilter(DeviceHandle device, DpiFilterRecord* filter);
+int32_t CorvaneAPISetDpiFilter(DeviceHandle device, DpiFilterRecord filter);
+int32_t CorvaneAPISaveDpiFilter(DeviceHandle device);
+
+int32_t CorvaneAPIPoeGetMeasures(DeviceHandle device, PoeMeasures* measures);
+
+int32_t CorvaneAPIDiskDumpGetStatus(DeviceHandle device, DiskDumpStatus* status);
+/* The texts in the two configurations are read during the call only. */
+int32_t CorvaneAPIDiskDumpSetConfig(DeviceHandle device, DiskDumpConfig config);
+int32_t CorvaneAPIDiskDumpSetConfigEx(DeviceHandle device, DiskDumpConfigEx config);
+int32_t CorvaneAPIDiskDumpStart(DeviceHandle device);
+int32_t CorvaneAPIDiskDumpStop(DeviceHandle device);
+
+int32_t CorvaneAPIGetStatistics(DeviceHandle device, StatisticsRecord* statistics);
+int32_t CorvaneAPIGetCounterV2(DeviceHandle device, uint32_t index, CounterV2Config* counter);
+int32_t CorvaneAPISetCounterV2(DeviceHandle device, CounterV2Config counter);
+
+int32_t CorvaneAPIFirmwareUpdateStart(DeviceHandle device, const wchar_t* path);
+/* CORVANE_UPDATE_IN_PROGRESS while the update runs, then its result. */
+int32_t CorvaneAPIFirmwareUpdateGetProgress(DeviceHandle device, int32_t* percent);
+
+int32_t CorvaneAPIGetPacketFilter(DeviceHandle device, PacketFilterRecord* filter);
+int32_t CorvaneAPISetPacketFilter(DeviceHandle device, PacketFilterRecord filter);
+int32_t CorvaneAPISavePacketFilter(DeviceHandle device);
+int32_t CorvaneAPIGetPacketsTypeFilter(DeviceHandle device, PacketTypeFilterRecord* filter);
+int32_t CorvaneAPISetPacketsTypeFilter(DeviceHandle device, PacketTypeFilterRecord filter);
+
+int32_t CorvaneAPIGetTimingStatus(DeviceHandle device, TimingStatusRecord* status);
+int32_t CorvaneAPISetTimingTime(DeviceHandle device, TimingTimeRecord time);
+
+/* Discards what the device has buffered of its GPS receiver's output. */
+int32_t CorvaneAPIGPSOutputFlush(DeviceHandle device);
+/* Copies up to capacity bytes of NMEA 0183 text, without a terminator, and sets count. */
+int32_t CorvaneAPIGPSOutputRead(DeviceHandle device, char* buffer, int32_t capacity,
+                                int32_t* count);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* CORVANE_DEVICE_CORVANE_API_H_ */

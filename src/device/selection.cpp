@@ -1,0 +1,76 @@
+#include "device/selection.h"
+
+#include <strings.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "device/device_list.h"
+#include "device/status.h"
+
+namespace {
+
+bool HasMac(DeviceHandle device, const uint8_t* wanted) {
+  uint8_t mac[CORVANE_MAC_SIZE] = {};
+  if (CorvaneAPIGetDeviceMAC(device, mac) != kSuccess) return false;
+  return memcmp(mac, wanted, sizeof mac) == 0;
+}
+
+// The first device for which matches(position, handle) holds.
+template <class Matches>
+DeviceHandle FindDevice(const DeviceList* devices, Matches matches) {
+  const DeviceNode* node = devices == nullptr ? nullptr : devices->first;
+  for (long position = 0; node != nullptr; node = node->next, ++position) {
+    if (matches(position, node->handle)) return node->handle;
+  }
+  return CORVANE_NO_DEVICE;
+}
+
+DeviceHandle DeviceWithMac(const uint8_t* wanted) {
+  WaitForDevices();
+  return FindDevice(GetDevices().get(),
+                    [wanted](long, DeviceHandle device) { return HasMac(device, wanted); });
+}
+
+DeviceHandle DeviceAt(long index) {
+  WaitForDevices();
+  const DeviceListPtr devices = GetDevices();
+  if (devices == nullptr || index >= devices->count) return CORVANE_NO_DEVICE;
+  return FindDevice(devices.get(),
+                    [index](long position, DeviceHandle) { return position == index; });
+}
+
+}  // namespace
+
+int ParseMac(const char* text, uint8_t* mac) {
+  unsigned bytes[CORVANE_MAC_SIZE] = {};
+  const int fields = sscanf(text, "%02x:%02x:%02x:%02x:%02x:%02x", &bytes[0], &bytes[1], &bytes[2],
+                            &bytes[3], &bytes[4], &bytes[5]);
+  const bool complete = fields == CORVANE_MAC_SIZE;
+  for (int i = 0; i < CORVANE_MAC_SIZE; ++i) {
+    mac[i] = complete ? static_cast<uint8_t>(bytes[i]) : uint8_t{0};
+  }
+  return complete ? 0 : -1;
+}
+
+DeviceHandle ResolveDevice(const char* text) {
+  if (strcasecmp(text, "all") == 0) return CORVANE_NO_DEVICE;
+  char* end = nullptr;
+  const long index = strtol(text, &end, 10);
+  if (*end == '\0') return DeviceAt(index);
+  uint8_t mac[CORVANE_MAC_SIZE];
+  return ParseMac(text, mac) == 0 ? DeviceWithMac(mac) : CORVANE_NO_DEVICE;
+}
+
+DeviceHandle DefaultDevice() {
+  return ResolveDevice("0");
+}
+
+DeviceHandle SelectDevice(const CommandNode& leaf) {
+  const bool given = Count(leaf, "device") > 0;
+  const DeviceHandle device =
+      given ? ResolveDevice(Text(leaf, "device", "")->c_str()) : DefaultDevice();
+  puts(device == CORVANE_NO_DEVICE ? "Invalid Corvane device selected" : "Corvane detected");
+  return device;
+}

@@ -1,0 +1,29 @@
+// The device library opened for one command.
+#pragma once
+
+#include "device/corvane_api.h"
+#include "shell/command_tree.h"
+
+// Opens the library when made and closes it when it goes out of scope. When the library cannot be
+// opened it says so and ends the process with status -1: no handler works without it.
+class Session {
+ public:
+  // Opens the library and selects no device.
+  Session();
+  // Opens the library and selects the leaf's device, which prints one line either way.
+  explicit Session(const CommandNode& leaf);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  bool has_device() const { return device_ != CORVANE_NO_DEVICE; }
+  // CORVANE_NO_DEVICE when none was found.
+  DeviceHandle device() const { return device_; }
+
+  // The library stays open when the session ends.
+  void LeaveOpen() { close_ = false; }
+
+ private:
+  DeviceHandle device_ = CORVANE_NO_DEVICE;
+  bool close_ = true;
+};

@@ -1,0 +1,38 @@
+#include <cstdio>
+
+#include "device/report.h"
+#include "device/session.h"
+#include "device/status.h"
+#include "shell/handlers.h"
+
+namespace {
+
+constexpr const char* kUtilityVersion = "1.24";
+
+void PrintVersion(const char* label, const uint8_t (&numbers)[4]) {
+  printf("%s version : %u.%u.%u.%u\n", label, numbers[0], numbers[1], numbers[2], numbers[3]);
+}
+
+void PrintLibraryVersion() {
+  const uint32_t packed = CorvaneAPIGetVersion();
+  uint8_t numbers[4];  // lowest byte first
+  for (int i = 0; i < 4; ++i) numbers[i] = static_cast<uint8_t>(packed >> (8 * i));
+  PrintVersion("Corvane API", numbers);
+}
+
+}  // namespace
+
+int Version(const CommandNode& leaf) {
+  const Session session(leaf);
+  printf("Command line utility version : %s\n", kUtilityVersion);
+  PrintLibraryVersion();
+  if (!session.has_device()) return kNoDevice;
+
+  VersionRecord versions = {};
+  const int status = CorvaneAPIGetVersions(session.device(), &versions);
+  if (status != kSuccess) return Fail(status, "Failed to get version information from device");
+  PrintVersion("Driver", versions.driver);
+  PrintVersion("SW firmware", versions.sw_firmware);
+  printf("HW firmware version : %04u\n", versions.hw_firmware);
+  return kSuccess;
+}
