@@ -1,0 +1,120 @@
+#include <cinttypes>
+#include <cstdio>
+
+#include "capture/wide_string.h"
+#include "device/capabilities.h"
+#include "device/report.h"
+#include "device/session.h"
+#include "device/status.h"
+#include "shell/handlers.h"
+
+namespace {
+
+constexpr const char* kDefaultPattern = "capture_%N_%Y%M%D%H%m%s.pcapng";
+constexpr int kIgnore = -1;
+
+// Megabytes as the user gives them in bytes. There is no range check: a negative number becomes a
+// huge one.
+uint64_t Bytes(int megabytes) {
+  return static_cast<uint64_t>(int64_t{megabytes}) << 20;
+}
+
+// The settings that both configuration records hold, in places of their own.
+template <class Config>
+Config CommonSettings(const CommandNode& leaf) {
+  Config config = {};
+  config.file_count = static_cast<uint32_t>(Integer(leaf, "count", 1));
+  config.max_file_size = Bytes(Integer(leaf, "size", 0));
+  config.loop = IsGiven(leaf, "loop") ? 1 : 0;
+  config.max_cache = Bytes(Integer(leaf, "maxcache", 100));
+  config.max_duration = static_cast<uint32_t>(Integer(leaf, "maxduration", 0));
+  config.full_frames = IsGiven(leaf, "fullframes") ? 1 : 0;
+  return config;
+}
+
+// A name wins over a folder, which then is ignored together with the pattern.
+int Configure(const CommandNode& leaf, DeviceHandle device) {
+  if (IsGiven(leaf, "name")) {
+    const std::wstring name = ToWideString(*Text(leaf, "name", ""));
+    auto config = CommonSettings<DiskDumpConfig>(leaf);
+    config.file_name = name.c_str();
+    return CorvaneAPIDiskDumpSetConfig(device, config);
+  }
+  const std::wstring directory = ToWideString(*Text(leaf, "dir", ""));
+  const std::wstring pattern = ToWideString(*Text(leaf, "pattern", kDefaultPattern));
+  auto config = CommonSettings<DiskDumpConfigEx>(leaf);
+  config.directory = directory.c_str();
+  config.pattern = pattern.c_str();
+  return CorvaneAPIDiskDumpSetConfigEx(device, config);
+}
+
+// The last counter counts what the hardware dropped, on both ports, and nothing else.
+int ConfigureDropCounter(DeviceHandle device) {
+  CounterV2Config counter = {};
+  counter.index = CORVANE_COUNTERS_V2 - 1;
+  for (int32_t* condition :
+       {&counter.ipv4, &counter.ipv6, &counter.bcast, &counter.mcast, &counter.ucast, &counter.icmp,
+        &counter.udp, &counter.tcp, &counter.crc_ok, &counter.size_mode}) {
+    *condition = kIgnore;
+  }
+  counter.hw_dropped = 1;
+  counter.porta = 1;
+  counter.portb = 1;
+  return CorvaneAPISetCounterV2(device, counter);
+}
+
+int Start(const CommandNode& leaf, DeviceHandle device) {
+  DiskDumpStatus running = {};
+  int status = CorvaneAPIDiskDumpGetStatus(device, &running);
+  if (status != kSuccess) return Fail(status, "Failed: cannot get status\n");
+  if (running.enabled != 0) return Fail(kAlreadyRunning, "Failed: capture is already started");
+
+  status = Configure(leaf, device);
+  if (status != kSuccess) return Fail(status, "Failed: cannot set configuration");
+  if (Supports(device, kStatisticsV2)) {
+    status = ConfigureDropCounter(device);
+    if (status != kSuccess) {
+      return Fail(status, "Failed: cannot set counters config for statistics V2");
+    }
+  }
+  status = CorvaneAPIDiskDumpStart(device);
+  puts(status == kSuccess ? "Capture started" : "Failed: cannot start capture");
+  return status;
+}
+
+}  // namespace
+
+int DirectCaptureStatus(const CommandNode& leaf) {
+  const Session session(leaf);
+  if (!session.has_device()) return kNoDevice;
+  DiskDumpStatus capture = {};
+  const int status = CorvaneAPIDiskDumpGetStatus(session.device(), &capture);
+  if (status != kSuccess) return Fail(status, "Failed: cannot get status");
+  puts("Direct capture status :");
+  printf("\tEnabled : %d\n", capture.enabled != 0 ? 1 : 0);
+  printf("\tError : %d\n", capture.error != 0 ? 1 : 0);
+  printf("\tCache used : %" PRIu64 "\n", capture.cache_used);
+  printf("\tMaximum cache : %" PRIu64 "\n", capture.max_cache);
+  printf("\tBytes Written : %" PRIu64 "\n", capture.bytes_written);
+  printf("\tFiles Written : %" PRIu64 "\n", capture.files_written);
+  return kSuccess;
+}
+
+int DirectCaptureStart(const CommandNode& leaf) {
+  const Session session(leaf);
+  if (!session.has_device()) return kNoDevice;
+  if (!IsGiven(leaf, "name") && !IsGiven(leaf, "dir")) {
+    return Fail(kUnsupported,
+                "Failed: You must specify either a full file name using --name or an output "
+                "directory using --dir");
+  }
+  return Start(leaf, session.device());
+}
+
+int DirectCaptureStop(const CommandNode& leaf) {
+  const Session session(leaf);
+  if (!session.has_device()) return kNoDevice;
+  const int status = CorvaneAPIDiskDumpStop(session.device());
+  puts(status == kSuccess ? "Capture stopped" : "Failed: cannot stop capture");
+  return status;
+}

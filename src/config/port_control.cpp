@@ -1,0 +1,102 @@
+#include <cstdio>
+#include <string>
+
+#include "device/capabilities.h"
+#include "device/report.h"
+#include "device/session.h"
+#include "device/status.h"
+#include "shell/handlers.h"
+
+namespace {
+
+struct PortSwitch {
+  const char* key;
+  const char* label;
+  uint32_t PortControl::*field;
+};
+
+// In the order of the report.
+constexpr PortSwitch kSwitches[] = {
+    {"1000txfd", "Gigabit ethernet", &PortControl::_1000txfd},
+    {"100txfd", "Fast ethernet full duplex", &PortControl::_100txfd},
+    {"100txhd", "Fast ethernet half duplex", &PortControl::_100txhd},
+    {"10txfd", "Ethernet full duplex", &PortControl::_10txfd},
+    {"10txhd", "Ethernet half duplex", &PortControl::_10txhd},
+    {"autoneg", "Autonegotiation", &PortControl::autoneg},
+    {"sympause", "Symmetric pause", &PortControl::sympause},
+    {"asympause", "Asymmetric pause", &PortControl::asympause},
+    {"prefmaster", "Prefer master", &PortControl::prefmaster},
+    {"forcerole", "Force preferred role", &PortControl::forcerole},
+};
+
+// All failures of portcontrol set begin alike.
+int FailSet(int status, const char* reason) {
+  printf("Failed to set Corvane port control configuration%s\n", reason);
+  return status;
+}
+
+// Changes one port as the switches say. In inline mode both ports form one link: port A's settings
+// are port B's, whatever it had.
+int Apply(const CommandNode& leaf, bool inline_mode, PortsSpeedRecord& speeds) {
+  const std::string port = *Text(leaf, "port", "");
+  if (port == "b" && inline_mode) {
+    return FailSet(kRejected, ": cannot configure port B when inline mode is on");
+  }
+  if (port != "a" && port != "b") {
+    return FailSet(kRejected, ": port must be selected to apply control configuration to");
+  }
+  PortControl& block = speeds.ports[port == "a" ? 0 : 1];
+  for (const PortSwitch& s : kSwitches) ApplySwitch(leaf, s.key, block.*s.field);
+  if (block.autoneg == 0) {
+    if (block._1000txfd == 1) {
+      return FailSet(kRejected, ": 1000TXFD speed is not supported if autonegotiation is disabled");
+    }
+    if (block._100txfd + block._100txhd + block._10txfd + block._10txhd != 1) {
+      return FailSet(kRejected,
+                     ": if autonegotiation is disabled, one and only one port speed must be set");
+    }
+  }
+  if (inline_mode) speeds.ports[1] = speeds.ports[0];
+  return kSuccess;
+}
+
+}  // namespace
+
+int PortControlSet(const CommandNode& leaf) {
+  PortsSpeedRecord speeds = {};
+  const Session session(leaf);
+  if (!session.has_device()) return kNoDevice;
+  if (!Supports(session.device(), kSpeedControl)) {
+    return FailSet(kUnsupported, ": this device does not support port control");
+  }
+  int status = CorvaneAPIGetDevicePortsSpeed(session.device(), &speeds);
+  if (status != kSuccess) return Fail(status, "Failed to get Corvane ports control configuration");
+  FeaturesRecord features = {};
+  status = CorvaneAPIGetDeviceFeatures(session.device(), &features);
+  if (status != kSuccess) return FailSet(status, ": failed to get Corvane features");
+
+  status = Apply(leaf, features.inline_ == 1, speeds);
+  if (status != kSuccess) return status;
+  status = CorvaneAPISetDevicePortsSpeed(session.device(), speeds);
+  return status == kSuccess ? kSuccess : FailSet(status, "");
+}
+
+int PortControlShow(const CommandNode& leaf) {
+  PortsSpeedRecord speeds = {};
+  const Session session(leaf);
+  if (!session.has_device()) return kNoDevice;
+  if (!Supports(session.device(), kSpeedControl)) {
+    return Fail(kUnsupported, "This device does not support port control");
+  }
+  const int status = CorvaneAPIGetDevicePortsSpeed(session.device(), &speeds);
+  if (status != kSuccess) return Fail(status, "Failed to get Corvane ports control configuration");
+
+  puts("Port Control configuration : ");
+  for (int port = 0; port < CORVANE_PORTS; ++port) {
+    printf("\tPort %c :\n", 'A' + port);
+    for (const PortSwitch& s : kSwitches) {
+      printf("\t\t%s : %s\n", s.label, EnabledOrDisabled(speeds.ports[port].*s.field == 1));
+    }
+  }
+  return kSuccess;
+}

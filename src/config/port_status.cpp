@@ -1,0 +1,105 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "device/report.h"
+#include "device/session.h"
+#include "device/status.h"
+#include "shell/handlers.h"
+
+namespace {
+
+// By slot; null for the two slots that are no flags.
+constexpr const char* kPhyFlags[CORVANE_PHY_SLOTS] = {
+    nullptr,
+    "Link Partner Auto-Neg Capable",
+    "Link Partner Next Page Capable",
+    "Next Page Request",
+    "Acknowledge",
+    "Advertise 1000BASET_FDX",
+    "Advertise 1000BASET_HDX",
+    "Advertise 100BASETX_FDX",
+    "Advertise 100BASETX_HDX",
+    "Advertise 10BASET_FDX",
+    "Advertise 10BASET_HDX",
+    "Advertise Asymmetric Pause",
+    "Advertise Symmetric Pause",
+    "Parallel Detection Fault",
+    "Remote Fault",
+    "Master Slave Fault",
+    "Local Receiver",
+    "Remote Receiver",
+    nullptr,
+    "100BASETX Lock Error",
+    "100BASETX Receive Error",
+    "100BASETX Transmit Error",
+    "100BASETX SSD Error",
+    "100BASETX ESD Error",
+    "1000BASET Lock Error",
+    "1000BASET Receive Error",
+    "1000BASET Transmit Error",
+    "1000BASET SSD Error",
+    "1000BASET ESD Error",
+    "1000BASET Carrier Extension Error",
+    "MDI Crossover Error",
+};
+
+const char* LinkName(const LinkEntry& link) {
+  const bool full_duplex = link.duplex == 0;
+  switch (link.speed) {
+    case 0:
+      return full_duplex ? "10Mbps_FDX" : "10Mbps_HDX";
+    case 1:
+      return full_duplex ? "100Mbps_FDX" : "100Mbps_HDX";
+    case 2:
+      return full_duplex ? "1Gbps_FDX" : "1Gbps_HDX";
+    case 3:
+      return full_duplex ? "10Gbps_FDX" : "10Gbps_HDX";
+    case 5:
+      return "Down";
+    default:
+      return "N/A";
+  }
+}
+
+// The word for a value of 0 or 1.
+const char* Word(uint32_t value, const char* zero, const char* one) {
+  if (value > 1) return "N/A";
+  return value == 0 ? zero : one;
+}
+
+void PrintPort(int port, const LinkEntry& link, const PhyStatus& phy) {
+  puts(port == 0 ? "Port A status:" : "Port B status:");
+  printf("\tLink: %s\n", LinkName(link));
+  printf("\tMaster/Slave: %s\n", Word(phy.slots[CORVANE_PHY_MASTER_SLAVE], "Master", "Slave"));
+  printf("\tIdle Error Count: %u\n", phy.slots[CORVANE_PHY_IDLE_ERROR_COUNT] & 0xFF);
+  for (int slot = 0; slot < CORVANE_PHY_SLOTS; ++slot) {
+    if (kPhyFlags[slot] == nullptr) continue;
+    printf("\t%s: %s\n", kPhyFlags[slot], Word(phy.slots[slot], "No", "Yes"));
+  }
+}
+
+}  // namespace
+
+int PortStatus(const CommandNode& leaf) {
+  const Session session(leaf);
+  if (!session.has_device()) return kNoDevice;
+  FeaturesRecord features = {};
+  int status = CorvaneAPIGetDeviceFeatures(session.device(), &features);
+  if (status != kSuccess) {
+    return Fail(status, "Could not get ports status: failed to get Corvane features configuration");
+  }
+  LinkStatusRecord ports = {};
+  status = CorvaneAPIGetLinkStatus(session.device(), &ports);
+  if (status != kSuccess) return Fail(status, "Could not get link status for ports status");
+  if (ports.link_valid != 1 || ports.phy_valid != 1) {
+    return Fail(kUnsupported,
+                "Could not get ports status: your device does not support this feature");
+  }
+  const int count = std::min<int>(ports.phy_count, CORVANE_PORTS);
+  for (int port = 0; port < count; ++port) {
+    // In inline mode both ports are one link, port A's.
+    const LinkEntry& link = ports.links[features.inline_ != 0 ? 0 : port];
+    PrintPort(port, link, ports.phys[port]);
+  }
+  return kSuccess;
+}

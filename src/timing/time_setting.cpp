@@ -1,0 +1,146 @@
+#include <strings.h>
+#include <sys/time.h>
+
+#include <cstdio>
+#include <vector>
+
+#include "device/capabilities.h"
+#include "device/device_list.h"
+#include "device/report.h"
+#include "device/selection.h"
+#include "device/session.h"
+#include "device/status.h"
+#include "device/wait.h"
+#include "shell/handlers.h"
+#include "timing/sntp_client.h"
+#include "timing/timing.h"
+
+namespace {
+
+constexpr const char* kDefaultServer = "pool.ntp.org";
+constexpr int kSntpAttempts = 10;
+constexpr uint32_t kSntpRetryMs = 100;
+// An answer counts when it falls into the middle of a second, between these nanoseconds.
+constexpr uint32_t kEarliestNs = 199'999'999;
+constexpr uint32_t kLatestNs = 700'000'001;
+
+// time_source
+constexpr uint32_t kSystemClock = 0;
+constexpr uint32_t kGpsReceiver = 2;
+constexpr uint32_t kManual = 4;
+constexpr uint32_t kSntp = 5;
+
+struct Targets {
+  bool all = false;
+  std::vector<DeviceHandle> devices;
+};
+
+struct Messages {
+  const char* updated;
+  const char* failed;
+};
+
+// The devices of --device, one or all of them; unlike other commands without a line about it.
+int SelectTargets(const CommandNode& leaf, Targets& targets) {
+  const std::string text = *Text(leaf, "device", "0");
+  targets.all = strcasecmp(text.c_str(), "all") == 0;
+  if (!targets.all) {
+    const DeviceHandle device = ResolveDevice(text.c_str());
+    if (device == CORVANE_NO_DEVICE) return kNoDevice;
+    targets.devices.push_back(device);
+    return kSuccess;
+  }
+  WaitForDevices();
+  const DeviceListPtr list = GetDevices();
+  if (list == nullptr) return kNoDevice;
+  for (const DeviceNode* node = list->first; node != nullptr; node = node->next) {
+    targets.devices.push_back(node->handle);
+  }
+  return kSuccess;
+}
+
+// Sets the clock of every target; make_time gives the record anew for each. The last call decides
+// about the result. A device without timing changes it to unsupported, unless that is success.
+template <class MakeTime>
+int SetTimes(const Targets& targets, const Messages& messages, int unsupported,
+             MakeTime make_time) {
+  int result = kSuccess;
+  int position = 0;
+  for (const DeviceHandle device : targets.devices) {
+    if (targets.all) printf("Corvane %d: ", position++);
+    if (!Supports(device, kGps)) {
+      puts(kTimingUnsupported);
+      if (unsupported != kSuccess) result = unsupported;
+      continue;
+    }
+    result = CorvaneAPISetTimingTime(device, make_time());
+    puts(result == kSuccess ? messages.updated : messages.failed);
+  }
+  return result;
+}
+
+// Asks the server until an answer counts. False after the last attempt.
+bool ObtainTime(const std::string& server, TimingTimeRecord& time) {
+  for (int attempt = 0; attempt < kSntpAttempts; ++attempt) {
+    if (QuerySntp(server.c_str(), time.seconds, time.nanoseconds) != 0) {
+      puts("Failed to get time from SNTP, retrying");
+    } else if (time.nanoseconds > kEarliestNs && time.nanoseconds < kLatestNs) {
+      return true;
+    }
+    Wait(kSntpRetryMs);
+  }
+  return false;
+}
+
+TimingTimeRecord SystemTime() {
+  timeval now = {};
+  gettimeofday(&now, nullptr);
+  return {kSystemClock, static_cast<uint32_t>(now.tv_sec),
+          static_cast<uint32_t>(now.tv_usec) * 1000};
+}
+
+}  // namespace
+
+int TimingSetSntp(const CommandNode& leaf) {
+  const Session session;
+  Targets targets;
+  const int status = SelectTargets(leaf, targets);
+  if (status != kSuccess) return status;
+  TimingTimeRecord time = {kSntp, 0, 0};
+  if (!ObtainTime(*Text(leaf, "sntpserver", kDefaultServer), time)) {
+    return Fail(kRejected, "SNTP : Failed to get time from server");
+  }
+  puts("SNTP : time obtained from server");
+  return SetTimes(targets, {"Time updated", "Failed to set time from SNTP"}, kUnsupported,
+                  [&time] { return time; });
+}
+
+int TimingSetGps(const CommandNode& leaf) {
+  const Session session;
+  Targets targets;
+  const int status = SelectTargets(leaf, targets);
+  if (status != kSuccess) return status;
+  return SetTimes(targets, {"Time source updated", "Failed to set time from GPS"}, kSuccess, [] {
+    return TimingTimeRecord{kGpsReceiver, 0, 0};
+  });
+}
+
+int TimingSetManual(const CommandNode& leaf) {
+  const Session session;
+  Targets targets;
+  const int status = SelectTargets(leaf, targets);
+  if (status != kSuccess) return status;
+  const TimingTimeRecord time = {kManual, static_cast<uint32_t>(Integer(leaf, "timestamp", 0)),
+                                 static_cast<uint32_t>(Integer(leaf, "timestamp_ns", 0))};
+  return SetTimes(targets, {"Time updated", "Failed to set manual timestamp"}, kSuccess,
+                  [&time] { return time; });
+}
+
+int TimingSetSystem(const CommandNode& leaf) {
+  const Session session;
+  Targets targets;
+  const int status = SelectTargets(leaf, targets);
+  if (status != kSuccess) return status;
+  return SetTimes(targets, {"Time updated", "Failed to set system timestamp"}, kSuccess,
+                  SystemTime);
+}

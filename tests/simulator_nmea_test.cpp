@@ -1,0 +1,69 @@
+#include <gtest/gtest.h>
+
+#include "../simulator/nmea_sentences.h"
+
+namespace {
+
+GpsSecond Fixed(double latitude, double longitude) {
+  return {1'000'000'000, {latitude, longitude, 12.34}, GpsFix::k3d, 5, 4};
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// The checksums were worked out apart from the program.
+TEST(SimulatorNmea, SecondWithAFix) {
+  EXPECT_EQ(NmeaSentences(Fixed(-33.8568, 151.2153)),
+            "$GPRMC,014640.00,A,3351.40800,S,15112.91800,E,0.0,,090901,,,A*65\r\n"
+            "$GPGGA,014640.00,3351.40800,S,15112.91800,E,1,04,0.9,12.3,M,,M,,*5B\r\n"
+            "$GPGSA,A,3,12,25,29,05,,,,,,,,,1.6,0.9,1.3*34\r\n"
+            "$GPGSV,2,1,05,12,78,214,48,25,64,061,47,29,55,288,46,05,47,132,45*75\r\n"
+            "$GPGSV,2,2,05,02,38,301,43*40\r\n"
+            "$GPZDA,014640.00,09,09,2001,00,00*62\r\n");
+}
+
+TEST(SimulatorNmea, SecondWithoutAFix) {
+  EXPECT_EQ(NmeaSentences({.time = 0, .satellites_used = 7}),
+            "$GPRMC,000000.00,V,,,,,,,010170,,,N*7A\r\n"
+            "$GPGGA,000000.00,,,,,0,00,,,M,,M,,*48\r\n"
+            "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n"
+            "$GPGSV,1,1,00*79\r\n"
+            "$GPZDA,000000.00,01,01,1970,00,00*69\r\n");
+}
+
+TEST(SimulatorNmea, PositionsRoundAndCarry) {
+  const struct {
+    double latitude, longitude;
+    const char* text;
+  } cases[] = {
+      {47.3769, -8.5417, ",4722.61400,N,00832.50200,W,"},
+      {-0.00001, -0.00001, ",0000.00060,S,00000.00060,W,"},
+      {59.9999999, 9.9999999, ",5959.99999,N,00959.99999,E,"},    // 59.999994 minutes
+      {59.99999999, 9.99999999, ",6000.00000,N,01000.00000,E,"},  // 59.9999994
+      {-90, 180, ",9000.00000,S,18000.00000,E,"},
+  };
+  for (const auto& [latitude, longitude, text] : cases) {
+    EXPECT_TRUE(Contains(NmeaSentences(Fixed(latitude, longitude)), text)) << text;
+  }
+}
+
+TEST(SimulatorNmea, MidnightAfterALeapDay) {
+  const std::string before = NmeaSentences({.time = 1'709'251'199});
+  const std::string after = NmeaSentences({.time = 1'709'251'200});
+  EXPECT_TRUE(Contains(before, "$GPRMC,235959.00,V,,,,,,,290224,")) << before;
+  EXPECT_TRUE(Contains(before, "$GPZDA,235959.00,29,02,2024,")) << before;
+  EXPECT_TRUE(Contains(after, "$GPRMC,000000.00,V,,,,,,,010324,")) << after;
+  EXPECT_TRUE(Contains(after, "$GPZDA,000000.00,01,03,2024,")) << after;
+}
+
+TEST(SimulatorNmea, MoreSatellitesThanChannels) {
+  GpsSecond second = Fixed(0, 0);
+  second.satellites_in_view = second.satellites_used = UINT32_MAX;
+  const std::string text = NmeaSentences(second);
+  EXPECT_TRUE(Contains(text, ",E,1,12,0.9,")) << text;
+  EXPECT_TRUE(Contains(text, "$GPGSV,3,3,12,")) << text;
+  EXPECT_FALSE(Contains(text, "$GPGSV,4")) << text;
+}
+
+}  // namespace
