@@ -6,16 +6,6 @@
 
 namespace {
 
-// Versions that an update left; the factory's come from the configuration.
-VersionRecord CurrentVersions(Call& call) {
-  VersionRecord versions = call.device.versions;
-  const auto stored = call.state.Configuration(call.device.name, "versions");
-  if (stored && stored->size() == sizeof versions) {
-    memcpy(&versions, stored->data(), sizeof versions);
-  }
-  return versions;
-}
-
 HwFirmwaresDesc FirmwaresOf(const DeviceConfiguration& device) {
   HwFirmwaresDesc firmwares = {};
   for (const std::string& name : device.hw_firmwares) {
@@ -25,6 +15,15 @@ HwFirmwaresDesc FirmwaresOf(const DeviceConfiguration& device) {
 }
 
 }  // namespace
+
+VersionRecord CurrentVersions(Call& call) {
+  VersionRecord versions = call.device.versions;
+  const auto stored = call.state.Configuration(call.device.name, "versions");
+  if (stored && stored->size() == sizeof versions) {
+    memcpy(&versions, stored->data(), sizeof versions);
+  }
+  return versions;
+}
 
 extern "C" {
 

@@ -6,6 +6,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "configuration_capture.h"
+#include "configuration_gps.h"
 #include "configuration_keys.h"
 #include "device/capabilities.h"
 #include "factory_records.h"
@@ -115,6 +117,9 @@ constexpr Key<DeviceConfiguration> kDeviceKeys[] = {
     {"hw_firmware", ReadHwFirmware},
     {"hw_firmwares", ReadHwFirmwares},
     {"boot_ms", ReadBootTime},
+    {"gps", ReadGps},
+    {"traffic", ReadTraffic},
+    {"update", ReadUpdate},
 };
 
 // Reads the records of the device's table. What they leave open is as the factory made it, which

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "device/corvane_api.h"
+#include "nmea_sentences.h"
 #include "record_fields.h"
 
 // A record as the configuration file gives it.
@@ -24,7 +25,10 @@ struct DeviceConfiguration {
   uint32_t capabilities = 0;
   VersionRecord versions = {};
   std::vector<std::string> hw_firmwares;
-  int64_t boot_ms = 0;  // how long the device is away after a restart
+  int64_t boot_ms = 0;          // how long the device is away after a restart
+  GpsPosition position;         // of its GPS antenna
+  int64_t traffic_rate = 1000;  // frames per second, both ports together
+  int64_t update_ms = 3000;     // how long a firmware update takes
   std::map<std::string, GivenRecord, std::less<>> records;  // by the layout's name
 };
 

@@ -4,6 +4,7 @@
 
 #include "device/capabilities.h"
 #include "device/corvane_api.h"
+#include "factory_status.h"
 
 namespace {
 
@@ -16,7 +17,6 @@ Bytes BytesOf(const Record& record) {
 
 Bytes Features(uint32_t capabilities) {
   FeaturesRecord features = {};
-  features.inline_ = 1;
   features.ts = 1;
   features.slicing_size = 128;
   features.autonega = features.autonegb = (capabilities & kAutonegotiation) != 0 ? 1 : 0;
@@ -68,6 +68,18 @@ Bytes Counters(uint32_t) {
   return counters;
 }
 
+Bytes LinkStatus(uint32_t capabilities) {
+  return BytesOf(FactoryLinkStatus(capabilities));
+}
+
+Bytes Poe(uint32_t) {
+  return BytesOf(FactoryPoeMeasures());
+}
+
+Bytes TimingStatus(uint32_t) {
+  return BytesOf(FactoryTimingStatus());
+}
+
 struct Factory {
   std::string_view layout;
   Bytes (*make)(uint32_t capabilities);
@@ -76,7 +88,8 @@ struct Factory {
 constexpr Factory kFactories[] = {
     {"features", Features},    {"ports_speed", PortsSpeed},
     {"dpi_filter", DpiFilter}, {"packet_type_filter", PacketTypeFilter},
-    {"counters_v2", Counters},
+    {"counters_v2", Counters}, {"link_status", LinkStatus},
+    {"poe_measures", Poe},     {"timing_status", TimingStatus},
 };
 
 }  // namespace

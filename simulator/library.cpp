@@ -195,6 +195,11 @@ Bytes CurrentRecord(Call& call, const char* record) {
   return FactoryRecord(record, call.device.capabilities);
 }
 
+bool IsGivenRaw(const Call& call, const char* record) {
+  const auto given = call.device.records.find(record);
+  return given != call.device.records.end() && given->second.raw;
+}
+
 int64_t HostMs() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();

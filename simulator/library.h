@@ -14,8 +14,9 @@
 // The simulator's own statuses, beside those of enum CorvaneStatus.
 inline constexpr int32_t kNotOpen = -20;          // the library is not initialised
 inline constexpr int32_t kNotSupported = -21;     // by this device
-inline constexpr int32_t kInvalidArgument = -22;  // a null pointer, an index out of range
+inline constexpr int32_t kInvalidArgument = -22;  // a null pointer, an index out of range, nothing to act on
 inline constexpr int32_t kStateFailed = -23;      // the device state cannot be read or written
+inline constexpr int32_t kCaptureRuns = -24;      // a direct capture runs already
 
 // One call for one device while it runs.
 struct Call {
@@ -48,6 +49,16 @@ std::string HexArgument(const char* name, const void* bytes, size_t size);
 // The current record of the device: from its state, else from the configuration file, else zeroes.
 Bytes CurrentRecord(Call& call, const char* record);
 
+// The same as a record of its type.
+template <class Record>
+Record Current(Call& call, const char* name);
+
+// The versions that the last update left, else those of the configuration file.
+VersionRecord CurrentVersions(Call& call);
+
+// True when the configuration file gives the record as a whole: then nothing in it is live.
+bool IsGivenRaw(const Call& call, const char* record);
+
 // Milliseconds since the epoch on the host's clock.
 int64_t HostMs();
 
@@ -67,7 +78,14 @@ const Configuration& OpenConfiguration();
 // Puts the attached devices' handles in order into handles. False when the state cannot be read.
 bool AttachedDevices(std::vector<DeviceHandle>& handles);
 
-// ---- Implementation of the template.
+// ---- Implementation of the templates.
+
+template <class Record>
+Record Current(Call& call, const char* name) {
+  Record record;
+  memcpy(&record, CurrentRecord(call, name).data(), sizeof record);
+  return record;
+}
 
 template <class Out, class Body>
 int32_t FillCall(const char* function, DeviceHandle handle, uint32_t capabilities,

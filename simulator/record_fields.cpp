@@ -179,6 +179,9 @@ constexpr RecordLayout kLayouts[] = {
     {"link_status", sizeof(LinkStatusRecord), kLinkStatus},
     {"poe_measures", sizeof(PoeMeasures), kPoe},
     {"timing_status", sizeof(TimingStatusRecord), kTimingStatus},
+    // These move on their own: the file can give them as a whole only.
+    {"statistics", sizeof(StatisticsRecord), {}},
+    {"disk_dump_status", sizeof(DiskDumpStatus), {}},
 };
 
 bool WriteInteger(const Field& field, const toml::node& node, uint8_t* at,

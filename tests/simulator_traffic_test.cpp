@@ -3,7 +3,6 @@
 #include <cstring>
 #include <string>
 
-#include "../simulator/disk_dump.h"
 #include "../simulator/traffic.h"
 
 namespace {
@@ -103,29 +102,6 @@ TEST(SimulatorTraffic, PortsAreCountedApart) {
                                    {1, 2, 1, 0, 1, 1, 10642, 0, 2, 2, 0}};
   EXPECT_EQ(memcmp(&a, expected[0], sizeof a), 0);
   EXPECT_EQ(memcmp(&b, expected[1], sizeof b), 0);
-}
-
-// 100 frames of 100 bytes a second, ten seconds.
-TEST(SimulatorTraffic, CapturesFillFiles) {
-  const struct {
-    DumpSettings settings;
-    uint64_t bytes, files;
-  } cases[] = {
-      {{}, 100'000, 1},
-      {{.max_file_size = 30'000}, 100'000, 4},
-      {{.max_file_size = 30'000, .file_count = 2}, 60'000, 2},
-      {{.max_file_size = 30'000, .file_count = 2, .loop = 1}, 100'000, 4},
-      {{.max_duration = 3}, 100'000, 4},
-      {{.file_count = 2, .max_duration = 3}, 60'000, 2},
-      {{.max_file_size = 50'000, .max_duration = 4}, 100'000, 3},
-      {{.max_file_size = 1ULL << 63, .file_count = 4'000'000'000}, 100'000, 1},
-  };
-  for (const auto& [settings, bytes, files] : cases) {
-    const Cycle cycle(kFrames, 1);
-    const DiskDumpStatus status = RunningDump(cycle, 100, settings, {5000, 15000});
-    EXPECT_EQ(status.bytes_written, bytes);
-    EXPECT_EQ(status.files_written, files);
-  }
 }
 
 }  // namespace

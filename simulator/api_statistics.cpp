@@ -1,0 +1,59 @@
+// The counters of the traffic. Each shows what it would have counted with its present conditions
+// since the device started.
+#include <algorithm>
+#include <cstring>
+
+#include "device/capabilities.h"
+#include "library.h"
+#include "traffic.h"
+
+namespace {
+
+constexpr int64_t kNsPerMs = 1'000'000;
+
+void FillCounters(Call& call, uint64_t frames, StatisticsRecord& statistics) {
+  const Bytes counters = CurrentRecord(call, "counters_v2");
+  statistics.version = 2;
+  for (size_t i = 0; i < CORVANE_COUNTERS_V2; ++i) {
+    CounterV2Config counter;
+    memcpy(&counter, counters.data() + i * sizeof counter, sizeof counter);
+    statistics.counters.v2[i] = CounterValue(TrafficCycle(), frames, counter);
+  }
+}
+
+void FillPorts(int64_t elapsed_ms, uint64_t frames, StatisticsRecord& statistics) {
+  statistics.version = 1;
+  statistics.counters.v1.link_up_ms = static_cast<uint64_t>(elapsed_ms);
+  for (uint8_t port = 0; port < CORVANE_PORTS; ++port) {
+    statistics.counters.v1.ports[port] = CountPort(TrafficCycle(), frames, port);
+  }
+}
+
+int32_t FillStatistics(Call& call, StatisticsRecord& statistics) {
+  if (IsGivenRaw(call, "statistics")) {
+    memcpy(&statistics, CurrentRecord(call, "statistics").data(), sizeof statistics);
+    return CORVANE_OK;
+  }
+  const uint32_t capabilities = call.device.capabilities;
+  if ((capabilities & (kStatisticsV1 | kStatisticsV2)) == 0) return kNotSupported;
+  // The host's clock may have been set back.
+  const int64_t elapsed_ms = std::max(HostMs() - StartedMs(call), int64_t{0});
+  const uint64_t frames = FramesAfter(elapsed_ms, call.device.traffic_rate);
+  statistics.timestamp = static_cast<uint64_t>(elapsed_ms * kNsPerMs);
+  if ((capabilities & kStatisticsV2) != 0) {
+    FillCounters(call, frames, statistics);
+  } else {
+    FillPorts(elapsed_ms, frames, statistics);
+  }
+  return CORVANE_OK;
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t CorvaneAPIGetStatistics(DeviceHandle device, StatisticsRecord* statistics) {
+  return FillCall(__func__, device, 0, "", statistics, FillStatistics);
+}
+
+}  // extern "C"

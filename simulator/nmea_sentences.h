@@ -1,0 +1,32 @@
+// What a GPS receiver says once a second: NMEA 0183 sentences of the talker GP.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct GpsPosition {
+  double latitude = 47.3769;  // degrees, north positive, -90 to 90
+  double longitude = 8.5417;  // degrees, east positive, -180 to 180
+  double altitude = 408;      // metres above mean sea level
+};
+
+enum class GpsFix : uint8_t { kNone, k2d, k3d };
+
+// One second of a receiver.
+struct GpsSecond {
+  int64_t time = 0;  // seconds since the Unix epoch, UTC, in the years 1970 to 9999
+  GpsPosition position;
+  GpsFix fix = GpsFix::kNone;
+  uint32_t satellites_in_view = 0;  // the receiver follows the first kGpsChannels of them
+  uint32_t satellites_used = 0;     // of those that it follows; none without a fix
+};
+
+inline constexpr uint32_t kGpsChannels = 12;
+
+// The sentences RMC, GGA, GSA, GSV (one for every four satellites) and ZDA of the second, each
+// ending in CR LF. Without a fix the fields of the position are empty.
+std::string NmeaSentences(const GpsSecond& second);
+
+// A whole sentence: "$", the body, "*", its checksum (the exclusive or of the body's bytes, two
+// hexadecimal digits), CR LF.
+std::string NmeaSentence(const std::string& body);
