@@ -1,10 +1,12 @@
 #include "device_state.h"
 
+#include <chrono>
 #include <filesystem>
 
 namespace {
 
 constexpr int kBusyMs = 20'000;  // hundreds of invocations may stand in line
+constexpr int kSetUpRetryMs = 5;
 
 constexpr const char* kSchema =
     "PRAGMA journal_mode = WAL;"
@@ -34,6 +36,17 @@ Statement Prepare(sqlite3* database, const char* sql,
   return statement;
 }
 
+// SQLite does not wait for its turn while it changes the journal mode, which is what the first
+// programs on a new database do at once: wait here.
+int SetUp(sqlite3* database) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyMs);
+  for (;;) {
+    const int result = sqlite3_exec(database, kSchema, nullptr, nullptr, nullptr);
+    if (result != SQLITE_BUSY || std::chrono::steady_clock::now() > deadline) return result;
+    sqlite3_sleep(kSetUpRetryMs);
+  }
+}
+
 }  // namespace
 
 bool DeviceState::Open(const std::string& folder, std::string& reason) {
@@ -50,8 +63,7 @@ bool DeviceState::Open(const std::string& folder, std::string& reason) {
   sqlite3_busy_timeout(opened, kBusyMs);
   // Nothing is lost by leaving the write-ahead log to the next writer, and closing stays cheap.
   sqlite3_db_config(opened, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-  if (result != SQLITE_OK ||
-      sqlite3_exec(opened, kSchema, nullptr, nullptr, nullptr) != SQLITE_OK) {
+  if (result != SQLITE_OK || SetUp(opened) != SQLITE_OK) {
     reason = "cannot use the device state " + path + ": " + sqlite3_errmsg(opened);
     database_.reset();
     return false;
@@ -79,7 +91,8 @@ void DeviceState::Run(const char* sql, std::initializer_list<std::string_view> t
                       const Bytes* bytes) {
   const Statement statement = Prepare(database_.get(), sql, texts);
   if (statement != nullptr && bytes != nullptr) {
-    sqlite3_bind_blob(statement.get(), static_cast<int>(texts.size()) + 1, bytes->data(),
+    const void* data = bytes->empty() ? "" : static_cast<const void*>(bytes->data());
+    sqlite3_bind_blob(statement.get(), static_cast<int>(texts.size()) + 1, data,
                       static_cast<int>(bytes->size()), SQLITE_STATIC);
   }
   if (statement == nullptr || sqlite3_step(statement.get()) != SQLITE_DONE) failed_ = true;

@@ -50,7 +50,7 @@ Bytes PacketTypeFilter(uint32_t) {
   return Bytes(sizeof(PacketTypeFilterRecord), 1);
 }
 
-// Every counter counts all packets of both ports.
+// Every counter counts all packets of both ports; the last one those that the hardware dropped.
 Bytes Counters(uint32_t) {
   Bytes counters;
   for (int32_t index = 0; index < CORVANE_COUNTERS_V2; ++index) {
@@ -61,6 +61,7 @@ Bytes Counters(uint32_t) {
                                &counter.crc_ok, &counter.hw_dropped, &counter.size_mode}) {
       *condition = -1;
     }
+    if (index == CORVANE_COUNTERS_V2 - 1) counter.hw_dropped = 1;
     counter.porta = counter.portb = 1;
     const Bytes bytes = BytesOf(counter);
     counters.insert(counters.end(), bytes.begin(), bytes.end());

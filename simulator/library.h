@@ -12,11 +12,12 @@
 #include "device_state.h"
 
 // The simulator's own statuses, beside those of enum CorvaneStatus.
-inline constexpr int32_t kNotOpen = -20;          // the library is not initialised
-inline constexpr int32_t kNotSupported = -21;     // by this device
-inline constexpr int32_t kInvalidArgument = -22;  // a null pointer, an index out of range, nothing to act on
-inline constexpr int32_t kStateFailed = -23;      // the device state cannot be read or written
-inline constexpr int32_t kCaptureRuns = -24;      // a direct capture runs already
+inline constexpr int32_t kNotOpen = -20;       // the library is not initialised
+inline constexpr int32_t kNotSupported = -21;  // by this device
+inline constexpr int32_t kInvalidArgument =
+    -22;  // a null pointer, an index out of range, nothing to act on
+inline constexpr int32_t kStateFailed = -23;  // the device state cannot be read or written
+inline constexpr int32_t kCaptureRuns = -24;  // a direct capture runs already
 
 // One call for one device while it runs.
 struct Call {

@@ -38,8 +38,9 @@ enum class Fate : uint8_t {
   kHwDropped  // arrives well, but the device has no room for it
 };
 
-// One frame: all that is needed to build its packet.
-struct Frame {
+// One frame: all that is needed to build its packet, in the order in which a row of a mix reads
+// best.
+struct Frame {    // NOLINT(clang-analyzer-optin.performance.Padding)
   uint8_t port;   // where it arrives: 0 A, 1 B
   uint16_t size;  // bytes, from the destination MAC to the frame check sequence
   Network network;

@@ -33,7 +33,7 @@ void AppendUtf8(uint32_t code, std::string& text) {
 std::string Utf8Of(const wchar_t* text) {
   std::string utf8;
   for (; *text != L'\0'; ++text) {
-    const auto code = static_cast<uint32_t>(*text);
+    const auto code = static_cast<char32_t>(*text);
     AppendUtf8(IsCharacter(code) ? code : kReplacement, utf8);
   }
   return utf8;

@@ -108,7 +108,7 @@ bool ApplyFamily(const CommandNode& leaf, const Family& family, const Family& ot
   if (OnOff(leaf, family.key) == kNotGiven) return true;
   counter.*family.condition = OnOff(leaf, family.key);
   if (OnOff(leaf, other.key) == kNotGiven) counter.*other.condition = kNone;
-  const std::string address = *Text(leaf, family.address_key, "");
+  const std::string address = TextOr(leaf, family.address_key, "");
   if (!address.empty()) {
     return SetCounterIpWildcard(address, counter, family.version) || Refuse(family.invalid);
   }

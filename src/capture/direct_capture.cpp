@@ -35,13 +35,13 @@ Config CommonSettings(const CommandNode& leaf) {
 // A name wins over a folder, which then is ignored together with the pattern.
 int Configure(const CommandNode& leaf, DeviceHandle device) {
   if (IsGiven(leaf, "name")) {
-    const std::wstring name = ToWideString(*Text(leaf, "name", ""));
+    const std::wstring name = ToWideString(TextOr(leaf, "name", ""));
     auto config = CommonSettings<DiskDumpConfig>(leaf);
     config.file_name = name.c_str();
     return CorvaneAPIDiskDumpSetConfig(device, config);
   }
-  const std::wstring directory = ToWideString(*Text(leaf, "dir", ""));
-  const std::wstring pattern = ToWideString(*Text(leaf, "pattern", kDefaultPattern));
+  const std::wstring directory = ToWideString(TextOr(leaf, "dir", ""));
+  const std::wstring pattern = ToWideString(TextOr(leaf, "pattern", kDefaultPattern));
   auto config = CommonSettings<DiskDumpConfigEx>(leaf);
   config.directory = directory.c_str();
   config.pattern = pattern.c_str();

@@ -37,7 +37,7 @@ bool ScanHex(const std::string& text, DpiFilterRecord& filter) {
 }
 
 bool ApplyPattern(const CommandNode& leaf, DpiFilterRecord& filter) {
-  const std::string text = *Text(leaf, "txtdata", "");
+  const std::string text = TextOr(leaf, "txtdata", "");
   if (IsGiven(leaf, "txtdata")) {
     memset(filter.data, 0, sizeof filter.data);
     memcpy(filter.data, text.data(), std::min(text.size(), sizeof filter.data));
@@ -50,7 +50,7 @@ bool ApplyPattern(const CommandNode& leaf, DpiFilterRecord& filter) {
 
 bool ApplyMask(const CommandNode& leaf, DpiFilterRecord& filter) {
   if (!IsGiven(leaf, "mask")) return true;
-  const std::string text = *Text(leaf, "mask", "");
+  const std::string text = TextOr(leaf, "mask", "");
   char* end = nullptr;
   const unsigned long mask = strtoul(text.c_str(), &end, 16);
   if (text.empty() || *end != '\0') return false;

@@ -90,7 +90,7 @@ void ApplyAutoneg(const CommandNode& leaf, const char* key, uint32_t capabilitie
 
 // True when another firmware was chosen, which the device loads only when it restarts.
 bool ApplyFirmwareMode(const CommandNode& leaf, uint32_t capabilities, FeaturesRecord& features) {
-  const std::string mode = *Text(leaf, "firmware_mode", "");
+  const std::string mode = TextOr(leaf, "firmware_mode", "");
   uint8_t index = features.firmware_index;
   if (mode == "1G") index = kFirmware1G;
   if (mode == "10G") index = kFirmware10G;

@@ -38,7 +38,7 @@ int FailSet(int status, const char* reason) {
 // Changes one port as the switches say. In inline mode both ports form one link: port A's settings
 // are port B's, whatever it had.
 int Apply(const CommandNode& leaf, bool inline_mode, PortsSpeedRecord& speeds) {
-  const std::string port = *Text(leaf, "port", "");
+  const std::string port = TextOr(leaf, "port", "");
   if (port == "b" && inline_mode) {
     return FailSet(kRejected, ": cannot configure port B when inline mode is on");
   }

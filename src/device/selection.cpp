@@ -70,7 +70,7 @@ DeviceHandle DefaultDevice() {
 DeviceHandle SelectDevice(const CommandNode& leaf) {
   const bool given = Count(leaf, "device") > 0;
   const DeviceHandle device =
-      given ? ResolveDevice(Text(leaf, "device", "")->c_str()) : DefaultDevice();
+      given ? ResolveDevice(TextOr(leaf, "device", "").c_str()) : DefaultDevice();
   puts(device == CORVANE_NO_DEVICE ? "Invalid Corvane device selected" : "Corvane detected");
   return device;
 }

@@ -36,7 +36,8 @@ char CharacterAt(const std::string& text, size_t position) {
   return position < text.size() ? text[position] : '\0';
 }
 
-// Matches ^(([0-9A-Fa-f]{2}|\*)[:-]){5}([0-9A-Fa-f]{2}|\*)$ at a hundredth of std::regex's cost.
+// Matches ^(([0-9A-Fa-f]{2}|\*)[:-]){5}([0-9A-Fa-f]{2}|\*)$ by hand: std::regex takes 0.1 ms to
+// compile it.
 bool IsMacWildcard(const std::string& text) {
   size_t p = 0;
   for (int group = 0; group < CORVANE_MAC_SIZE; ++group) {
@@ -138,20 +139,20 @@ bool ParseBackward(const std::string& text, uint8_t* value, uint8_t* mask) {
   }
 }
 
-uint8_t* MacSlot(PacketFilterRecord& record, bool isSource) {
-  return isSource ? record.src_mac : record.dst_mac;
+uint8_t* MacSlot(PacketFilterRecord& record, bool is_source) {
+  return is_source ? record.src_mac : record.dst_mac;
 }
 
-int MaskShift(bool isSource) {
-  return isSource ? kSourceMaskShift : 0;
+int MaskShift(bool is_source) {
+  return is_source ? kSourceMaskShift : 0;
 }
 
 }  // namespace
 
-bool ParseMacWildcard(const std::string& text, PacketFilterRecord& record, bool isSource) {
+bool ParseMacWildcard(const std::string& text, PacketFilterRecord& record, bool is_source) {
   if (!IsMacWildcard(text)) return false;
-  uint8_t* slot = MacSlot(record, isSource);
-  const int shift = MaskShift(isSource);
+  uint8_t* slot = MacSlot(record, is_source);
+  const int shift = MaskShift(is_source);
   memset(slot, 0, CORVANE_MAC_SIZE);
   unsigned masks = record.mac_masks & ~(0x3FU << shift);
   size_t p = 0;
@@ -168,12 +169,12 @@ bool ParseMacWildcard(const std::string& text, PacketFilterRecord& record, bool 
   return true;
 }
 
-std::string FormatMacWildcard(const PacketFilterRecord& record, bool isSource) {
-  const uint8_t* slot = isSource ? record.src_mac : record.dst_mac;
+std::string FormatMacWildcard(const PacketFilterRecord& record, bool is_source) {
+  const uint8_t* slot = is_source ? record.src_mac : record.dst_mac;
   std::string text;
   for (int byte = CORVANE_MAC_SIZE - 1; byte >= 0; --byte) {
     char group[4] = "*";
-    if ((record.mac_masks >> (byte + MaskShift(isSource)) & 1) != 0) {
+    if ((record.mac_masks >> (byte + MaskShift(is_source)) & 1) != 0) {
       snprintf(group, sizeof group, "%02hhx", slot[byte]);
     }
     text += group;
@@ -216,11 +217,11 @@ bool ParseIpWildcard(const std::string& text, uint8_t* value, uint8_t* mask, int
                                              : ParseIpv6Wildcard(text, value, mask);
 }
 
-bool SetFilterIpWildcard(const std::string& text, PacketFilterRecord& record, bool isSource,
+bool SetFilterIpWildcard(const std::string& text, PacketFilterRecord& record, bool is_source,
                          int version) {
   WorkArea work;
   if (!ParseIpWildcard(text, work.value, work.mask, version)) return false;
-  uint8_t* slot = isSource ? record.src_ip : record.dst_ip;
+  uint8_t* slot = is_source ? record.src_ip : record.dst_ip;
   unsigned slot_mask = 0;
   memset(slot, 0, sizeof record.src_ip);
   const int size = AddressSize(version);
@@ -228,7 +229,7 @@ bool SetFilterIpWildcard(const std::string& text, PacketFilterRecord& record, bo
     slot[size - 1 - i] = work.value[i];
     if (work.mask[i] == 0xFF) slot_mask |= 1U << (size - 1 - i);
   }
-  (isSource ? record.src_ip_mask : record.dst_ip_mask) = static_cast<uint16_t>(slot_mask);
+  (is_source ? record.src_ip_mask : record.dst_ip_mask) = static_cast<uint16_t>(slot_mask);
   return true;
 }
 
@@ -258,13 +259,13 @@ std::string FormatIpWildcard(const uint8_t* value, const uint8_t* mask, int vers
   return text;
 }
 
-std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool isSource, int version) {
-  const unsigned bits = isSource ? record.src_ip_mask : record.dst_ip_mask;
+std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool is_source, int version) {
+  const unsigned bits = is_source ? record.src_ip_mask : record.dst_ip_mask;
   uint8_t mask[16] = {};
   for (int byte = 0; byte < AddressSize(version); ++byte) {
     if ((bits >> byte & 1) != 0) mask[byte] = 0xFF;
   }
-  return FormatIpWildcard(isSource ? record.src_ip : record.dst_ip, mask, version);
+  return FormatIpWildcard(is_source ? record.src_ip : record.dst_ip, mask, version);
 }
 
 std::string FormatCounterIpWildcard(const CounterV2Config& record, int version) {

@@ -22,17 +22,18 @@ inline constexpr int kIpv6 = 6;
 
 // The source or the destination slot gets the address and its byte mask. False, with the record
 // untouched, when the text is no MAC wildcard.
-bool ParseMacWildcard(const std::string& text, PacketFilterRecord& record, bool isSource);
+bool ParseMacWildcard(const std::string& text, PacketFilterRecord& record, bool is_source);
 
 // The address of the slot, lower case, with ":" between the groups.
-std::string FormatMacWildcard(const PacketFilterRecord& record, bool isSource);
+std::string FormatMacWildcard(const PacketFilterRecord& record, bool is_source);
 
-// 4 value and 4 mask bytes. False when the text is no IPv4 wildcard.
+// 4 value and 4 mask bytes. False when the text is no IPv4 wildcard; value may then be written.
 bool ParseIpv4Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
-// 16 value and 16 mask bytes. False when the text is no IPv6 wildcard. Lenient on purpose: only the
-// first character of a group must be a digit, a wildcard or a colon; a later one that is none
-// counts as 0.
+// 16 value and 16 mask bytes. False when the text is no IPv6 wildcard; both may then be written.
+// Lenient on purpose: only the character of a group that is read first (the last one behind a "::")
+// must be a digit or a wildcard; another that is neither counts as 0. Devices expect a group of
+// fewer than four characters behind a "::" in the high nibbles.
 bool ParseIpv6Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
 // 16 value and 16 mask bytes, of which an IPv4 text (any with a ".") writes only the first four.
@@ -42,7 +43,7 @@ bool ParseIpWildcard(const std::string& text, uint8_t* value, uint8_t* mask, int
 // The slot of the filter gets the address in the arrangement of the version, with one mask bit a
 // byte: a byte with a wildcard nibble matches anything. False, with the record untouched, when the
 // text is no IP wildcard.
-bool SetFilterIpWildcard(const std::string& text, PacketFilterRecord& record, bool isSource,
+bool SetFilterIpWildcard(const std::string& text, PacketFilterRecord& record, bool is_source,
                          int version);
 
 // The counter gets the address in the arrangement of the version, with the mask in full. False,
@@ -51,5 +52,5 @@ bool SetCounterIpWildcard(const std::string& text, CounterV2Config& record, int 
 
 // The text of 4 (version 4) or 16 reversed bytes; what is not wholly significant shows as wildcard.
 std::string FormatIpWildcard(const uint8_t* value, const uint8_t* mask, int version);
-std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool isSource, int version);
+std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool is_source, int version);
 std::string FormatCounterIpWildcard(const CounterV2Config& record, int version);

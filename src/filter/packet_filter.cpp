@@ -72,9 +72,9 @@ bool ApplyAddress(const AddressKind& kind, const char* key, const std::string& t
 
 // False when an address is refused, with the reason printed.
 bool ApplyAddresses(const AddressKind& kind, const CommandNode& leaf, PacketFilterRecord& filter) {
-  const std::string either = *Text(leaf, kind.either, "");
-  const std::string source = *Text(leaf, kind.source, "");
-  const std::string destination = *Text(leaf, kind.destination, "");
+  const std::string either = TextOr(leaf, kind.either, "");
+  const std::string source = TextOr(leaf, kind.source, "");
+  const std::string destination = TextOr(leaf, kind.destination, "");
   if (!either.empty()) {
     if (!source.empty()) return RefuseBoth(kind.either, kind.source);
     if (!destination.empty()) return RefuseBoth(kind.either, kind.destination);

@@ -14,13 +14,19 @@ constexpr const char* kSwitchPattern = "^on|off$";
 constexpr const char* kSwitchDatatype = "<on|off>";
 constexpr int kSwitchFlags = 3;
 
-// The parameters' objects with the end marker that argtable3 wants after them.
+// The end marker that argtable3 wants after a leaf's objects. Only one leaf is parsed in a run, so one
+// marker does for all.
+void* EndMarker() {
+  static void* const marker = arg_end(kMostErrors);
+  return marker;
+}
+
 void** MakeArgtable(const NamedArg* const* params) {
   size_t count = 0;
   while (params != nullptr && params[count] != nullptr) ++count;
   void** argtable = new void*[count + 1];
   for (size_t i = 0; i < count; ++i) argtable[i] = params[i]->arg;
-  argtable[count] = arg_end(kMostErrors);
+  argtable[count] = EndMarker();
   return argtable;
 }
 
@@ -117,6 +123,11 @@ double Real(const CommandNode& leaf, const char* key, double fallback) {
 std::optional<std::string> Text(const CommandNode& leaf, const char* key, const char* fallback) {
   const NamedArg* parameter = FindParameter(leaf, key);
   return parameter == nullptr ? CopyOf(fallback) : Text(*parameter, fallback);
+}
+
+std::string TextOr(const CommandNode& leaf, const char* key, const char* fallback) {
+  const NamedArg* parameter = FindParameter(leaf, key);
+  return parameter != nullptr && IsGiven(*parameter) ? FirstText(*parameter) : fallback;
 }
 
 int OnOff(const CommandNode& leaf, const char* key) {

@@ -67,6 +67,9 @@ double Real(const NamedArg& parameter, double fallback);
 std::optional<std::string> Text(const CommandNode& leaf, const char* key, const char* fallback);
 std::optional<std::string> Text(const NamedArg& parameter, const char* fallback);
 
+// The same where there is always something: fallback is not null.
+std::string TextOr(const CommandNode& leaf, const char* key, const char* fallback);
+
 // A switch: 1 for on, 0 for off (in either case), kNotGiven otherwise.
 inline constexpr int kNotGiven = -1;
 int OnOff(const CommandNode& leaf, const char* key);

@@ -4,7 +4,6 @@
 #include <netinet/in.h>
 #include <sys/select.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -16,20 +15,6 @@ namespace {
 constexpr uint32_t kUnixEpochAdjustment = 2085978496;  // -2208988800 modulo 2^32
 constexpr int kTransmitTimestamp = 40;
 constexpr suseconds_t kTimeoutUs = 200'000;
-
-class Socket {
- public:
-  Socket() : descriptor_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP)) {}
-  ~Socket() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  Socket(const Socket&) = delete;
-  Socket& operator=(const Socket&) = delete;
-  int descriptor() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 int Resolve(const char* server, sockaddr_in& address) {
   addrinfo* found = nullptr;
@@ -78,17 +63,18 @@ int QuerySntp(const char* server, uint32_t& seconds, uint32_t& nanoseconds) {
   uint8_t request[kSntpPacketSize];
   uint8_t answer[kSntpPacketSize] = {};
   MakeSntpRequest(request);
-  const Socket socket;
+  // Left open: a late answer finds its own socket and not the next query's.
+  const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
   sockaddr_in address = {};
   int status = Resolve(server, address);
   if (status != 0) return status;
 
-  sendto(socket.descriptor(), request, sizeof request, 0,
-         reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  status = WaitForAnswer(socket.descriptor());
+  sendto(descriptor, request, sizeof request, 0, reinterpret_cast<const sockaddr*>(&address),
+         sizeof address);
+  status = WaitForAnswer(descriptor);
   if (status != 0) return status;
   // A datagram that select saw may be gone by now (a wrong checksum): never wait for the next.
-  const ssize_t received = recv(socket.descriptor(), answer, sizeof answer, MSG_DONTWAIT);
+  const ssize_t received = recv(descriptor, answer, sizeof answer, MSG_DONTWAIT);
   if (received < 0) return static_cast<int>(received);
   ReadSntpTime(answer, seconds, nanoseconds);
   return 0;

@@ -42,7 +42,7 @@ struct Messages {
 
 // The devices of --device, one or all of them; unlike other commands without a line about it.
 int SelectTargets(const CommandNode& leaf, Targets& targets) {
-  const std::string text = *Text(leaf, "device", "0");
+  const std::string text = TextOr(leaf, "device", "0");
   targets.all = strcasecmp(text.c_str(), "all") == 0;
   if (!targets.all) {
     const DeviceHandle device = ResolveDevice(text.c_str());
@@ -107,7 +107,7 @@ int TimingSetSntp(const CommandNode& leaf) {
   const int status = SelectTargets(leaf, targets);
   if (status != kSuccess) return status;
   TimingTimeRecord time = {kSntp, 0, 0};
-  if (!ObtainTime(*Text(leaf, "sntpserver", kDefaultServer), time)) {
+  if (!ObtainTime(TextOr(leaf, "sntpserver", kDefaultServer), time)) {
     return Fail(kRejected, "SNTP : Failed to get time from server");
   }
   puts("SNTP : time obtained from server");

@@ -35,7 +35,7 @@ constexpr const char* kTimestampSources[] = {"System clock",     "RTC", "GPS", "
 template <size_t kCount>
 void ApplyChoice(const CommandNode& leaf, const char* key, const Choice (&choices)[kCount],
                  uint32_t& field) {
-  const std::string word = *Text(leaf, key, "");
+  const std::string word = TextOr(leaf, key, "");
   for (const Choice& choice : choices) {
     if (strcasecmp(word.c_str(), choice.word) == 0) field = choice.code;
   }

@@ -1,0 +1,114 @@
+#!/usr/bin/env bash
+# cli.sh [ROUNDS]
+#
+# What a run of the installed utility costs beside an empty program loaded with the same device
+# library, one that answers at once. Builds the release preset, installs it into build/benchmarks and
+# prints a line for each command and measure with its goal, and OK or MISSED. A missed goal is a
+# finding, not a failure: the status is 0 unless something could not be built or run.
+#
+# Instructions and system calls are exact; times and memory are medians of ROUNDS paired runs.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+rounds=${1:-1000}
+out=$root/build/benchmarks
+corvane=$out/installed/bin/corvane
+stub=$out/libCorvaneAPI.so.2
+
+commands=(
+  "help"
+  "list"
+  "features show"
+  "statsv2 show"
+  "directcapture start help"
+  "features set --keepcrcerrors on --keepcrc32 on --disablea off --disableb off --slicing 128
+   --inline on --loopback off --timestamps on --syncts on --autonega on --autonegb on
+   --firmware_mode 10G"
+)
+
+die() {
+  echo "cli.sh: $*" >&2
+  exit 1
+}
+
+# Nothing of the caller's environment takes part in a run.
+run_clean() {
+  env -i PATH="$PATH" LD_LIBRARY_PATH="$out" "$@"
+}
+
+build() {
+  (cd "$root" && cmake --preset release && cmake --build --preset release &&
+    cmake --install build/release --prefix "$out/installed") >&2
+  mkdir -p "$out"
+  local flags=(-std=gnu11 -O2 -Wall -Wextra -I "$root/src")
+  local here=$root/benchmarks
+  cc "${flags[@]}" -shared -fPIC -Wl,-soname,libCorvaneAPI.so.2 -o "$stub" "$here/stub_library.c"
+  cc "${flags[@]}" -o "$out/floor" "$here/floor.c" -Wl,--no-as-needed "$stub"
+  cc "${flags[@]}" -static -o "$out/run_many" "$here/run_many.c"
+}
+
+check_loads_stub() {
+  local loaded
+  loaded=$(run_clean ldd "$1")
+  [[ $loaded == *"=> $stub "* ]] || die "$1 does not load $stub"
+}
+
+count_instructions() {
+  run_clean valgrind --tool=callgrind --callgrind-out-file="$out/callgrind" "$@" \
+    >/dev/null 2>"$out/valgrind.log" || die "under valgrind: $*"
+  awk '$1 == "summary:" || $1 == "totals:" { total = $2 } END { print total }' "$out/callgrind"
+}
+
+# One line a system call in $out/strace.
+trace() {
+  run_clean strace -qq -o "$out/strace" "$@" >/dev/null || die "under strace: $*"
+}
+
+count_calls() {
+  trace "$@"
+  wc -l <"$out/strace"
+}
+
+ratio() {
+  awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f\n", a / b }'
+}
+
+row() { # command, measure, figure, goal, aim
+  local verdict
+  verdict=$(awk -v figure="$3" -v goal="$4" 'BEGIN { print figure <= goal ? "OK" : "MISSED" }')
+  printf '%-26s  %-20s %7s %7s %7s  %s\n' "$1" "$2" "$3" "$4" "$5" "$verdict"
+}
+
+measure() { # words of the command
+  local name=$1 word figures instructions calls writes
+  for word in "${@:2}"; do
+    if [[ $word == -* ]]; then
+      name+=", all options"
+      break
+    fi
+    name+=" $word"
+  done
+  figures=$(run_clean "$out/run_many" "$rounds" "$out/floor" "$corvane" "$@")
+  instructions=$(count_instructions "$corvane" "$@")
+  calls=$(count_calls "$corvane" "$@")
+  writes=$(grep -c '^write(1,' "$out/strace") || die "prints nothing: $*"
+
+  row "$name" "wall time, ratio" "$(awk '$1 == "wall" { print $2 }' <<<"$figures")" 1.35 1.20
+  row "$name" "CPU time, ratio" "$(awk '$1 == "cpu" { print $2 }' <<<"$figures")" 1.35 1.20
+  row "$name" "instructions, ratio" "$(ratio "$instructions" "$floor_instructions")" 4.5 2.2
+  row "$name" "peak memory, ratio" "$(awk '$1 == "memory" { print $2 }' <<<"$figures")" 2 2
+  row "$name" "system calls, more" "$((calls - floor_calls))" 20 20
+  row "$name" "writes to the output" "$writes" 1 1
+}
+
+build
+check_loads_stub "$corvane"
+check_loads_stub "$out/floor"
+floor_instructions=$(count_instructions "$out/floor")
+floor_calls=$(count_calls "$out/floor")
+echo "The floor takes $floor_instructions instructions and $floor_calls system calls."
+printf '%-26s  %-20s %7s %7s %7s\n' command measure figure goal aim
+for command in "${commands[@]}"; do
+  read -r -d '' -a words <<<"$command" || true # ends at the end of the text, not at a newline
+  measure "${words[@]}"
+done

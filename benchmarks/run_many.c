@@ -1,0 +1,136 @@
+/*
+ * run_many ROUNDS FLOOR COMMAND [ARGUMENT...]
+ *
+ * Runs the program FLOOR and COMMAND in turn, ROUNDS times each, and prints the medians of
+ * COMMAND's cost as a ratio to FLOOR's: a line each "wall R", "cpu R" (user and system time) and
+ * "memory R" (peak resident set). Both run as they would on their own but for standard output,
+ * which goes to /dev/null. Ends with status 1 when one of them cannot be run or fails.
+ *
+ * One run takes about as long as the scheduler needs to get in the way, so the two alternate and
+ * each round is compared within itself: load that comes and goes meets both alike. Link it
+ * statically: until it executes the program a child counts as large as this one.
+ */
+#define _GNU_SOURCE
+#include <errno.h>
+#include <fcntl.h>
+#include <sched.h>
+#include <stdbool.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+enum { kWall, kCpu, kMemory, kMeasures, kWarmUps = 20 };
+
+static const char* const kNames[kMeasures] = {"wall", "cpu", "memory"};
+
+typedef struct Cost {
+  double of[kMeasures]; /* seconds, seconds, KiB */
+} Cost;
+
+static double Now(void) {
+  struct timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return (double)now.tv_sec + (double)now.tv_nsec * 1e-9;
+}
+
+static double Seconds(struct timeval time) {
+  return (double)time.tv_sec + (double)time.tv_usec * 1e-6;
+}
+
+/* vfork() because all that a child does before it executes the program is added to its cost.
+ * Without a program the cost is that of an empty child. */
+static bool Run(char** argv, Cost* cost) {
+  const double start = Now();
+  const pid_t child = vfork();
+  if (child == 0) {
+    if (argv != NULL) execv(argv[0], argv);
+    _exit(argv == NULL ? 0 : 127);
+  }
+  int status = -1;
+  struct rusage usage;
+  if (child < 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
+    fprintf(stderr, "run_many: %s failed, wait status %#x\n", argv == NULL ? "fork" : argv[0],
+            (unsigned)status);
+    return false;
+  }
+  cost->of[kWall] = Now() - start;
+  cost->of[kCpu] = Seconds(usage.ru_utime) + Seconds(usage.ru_stime);
+  cost->of[kMemory] = (double)usage.ru_maxrss;
+  return true;
+}
+
+/* Each goes first in every other round. */
+static bool RunPair(int round, char** floor_argv, char** argv, Cost* floor, Cost* cost) {
+  if (round % 2 == 0) return Run(floor_argv, floor) && Run(argv, cost);
+  return Run(argv, cost) && Run(floor_argv, floor);
+}
+
+static int Compare(const void* a, const void* b) {
+  const double x = *(const double*)a, y = *(const double*)b;
+  return (x > y) - (x < y);
+}
+
+static double Median(double* values, int count) {
+  qsort(values, (size_t)count, sizeof *values, Compare);
+  return (values[(count - 1) / 2] + values[count / 2]) / 2;
+}
+
+/* ratios: kMeasures rows of `rounds`. */
+static bool Measure(int rounds, char** floor_argv, char** argv, double* ratios) {
+  Cost empty;
+  if (!Run(NULL, &empty)) return false;
+  for (int round = -kWarmUps; round < rounds; ++round) {
+    Cost floor, cost;
+    if (!RunPair(round, floor_argv, argv, &floor, &cost)) return false;
+    if (floor.of[kMemory] <= empty.of[kMemory]) {
+      fprintf(stderr, "run_many: is itself larger than %s\n", floor_argv[0]);
+      return false;
+    }
+    for (int i = 0; i < kMeasures && round >= 0; ++i) {
+      ratios[i * rounds + round] = cost.of[i] / floor.of[i];
+    }
+  }
+  return true;
+}
+
+/* One processor for all: moving a child to another costs as much as a good part of its run. */
+static void StayOnThisProcessor(void) {
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  CPU_SET((size_t)sched_getcpu(), &set);
+  sched_setaffinity(0, sizeof set, &set);
+}
+
+/* Sends the children's standard output to /dev/null; returns where the caller's was. */
+static FILE* TakeOutput(void) {
+  const int kept = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (kept < 0 || null < 0 || dup2(null, STDOUT_FILENO) < 0) return NULL;
+  return fdopen(kept, "w");
+}
+
+int main(int argc, char** argv) {
+  const int rounds = argc < 4 ? 0 : atoi(argv[1]);
+  if (rounds <= 0) {
+    fputs("usage: run_many ROUNDS FLOOR COMMAND [ARGUMENT...]\n", stderr);
+    return 1;
+  }
+  double* ratios = calloc((size_t)rounds * kMeasures, sizeof *ratios);
+  FILE* output = TakeOutput();
+  if (ratios == NULL || output == NULL) {
+    fprintf(stderr, "run_many: %s\n", strerror(errno));
+    return 1;
+  }
+  StayOnThisProcessor();
+  char* floor_argv[] = {argv[2], NULL};
+  if (!Measure(rounds, floor_argv, argv + 3, ratios)) return 1;
+  for (int i = 0; i < kMeasures; ++i) {
+    fprintf(output, "%s %.3f\n", kNames[i], Median(ratios + i * rounds, rounds));
+  }
+  free(ratios);
+  return fclose(output) == 0 ? 0 : 1;
+}
