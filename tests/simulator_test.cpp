@@ -116,20 +116,20 @@ TEST(SimulatorState, SurvivesManyProgramsAtOnce) {
   constexpr std::array kSwitches = {"keepcrcerrors", "keepcrc32",  "disablea", "disableb",
                                     "inline",        "timestamps", "syncts",   "loopback"};
   std::vector<std::thread> threads;
-  std::array<int, kThreads> failures = {};
+  std::array<std::string, kThreads> failures;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
       for (int i = 0; i < kRunsEach; ++i) {
         const std::string option = kSwitches[static_cast<size_t>(t + i) % kSwitches.size()];
         const Result result = simulation.Run("features set --" + option + " on");
         if (result.status != 0 || result.out != "Corvane detected\n" || !result.err.empty()) {
-          ++failures[static_cast<size_t>(t)];
+          failures[static_cast<size_t>(t)] += result.out + result.err;
         }
       }
     });
   }
   for (std::thread& thread : threads) thread.join();
-  for (const int count : failures) EXPECT_EQ(count, 0);
+  for (const std::string& failure : failures) EXPECT_EQ(failure, "");
   EXPECT_EQ(simulation.CallsOf("CorvaneAPISetDeviceFeatures"), kThreads * kRunsEach);
   EXPECT_EQ(simulation.Run("features show").status, 0);
 
