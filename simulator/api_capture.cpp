@@ -1,16 +1,24 @@
-// Direct capture. The facts of a device hold its configuration, when the capture that runs was
-// started, and what the last one left.
+// Direct capture. The facts of a device hold its configuration; a process in the background does
+// the work and tells how it goes.
+#include <algorithm>
 #include <cstring>
 
-#include "disk_dump.h"
-#include "library.h"
+#include "capture_settings.h"
 #include "wide_text.h"
 
 namespace {
 
 constexpr const char* kSettings = "dump_settings";
-constexpr const char* kStart = "dump_start";  // host's time, ms
-constexpr const char* kLast = "dump_last";    // the status when the last capture was stopped
+
+// The numbers of the two configuration records.
+struct DumpSettings {
+  uint64_t max_file_size;  // bytes, 0 for no limit
+  uint64_t max_cache;      // bytes
+  uint32_t file_count;     // 0 for no limit
+  uint32_t max_duration;   // seconds a file, 0 for no limit
+  uint32_t loop;
+  uint32_t full_frames;
+};
 
 template <class Record>
 void SetRecordFact(Call& call, const char* name, const Record& record) {
@@ -47,7 +55,12 @@ DumpSettings SettingsOf(const Config& config) {
 }
 
 bool IsRunning(Call& call) {
-  return NumberFact(call, kStart) != 0;
+  return CaptureIsRunning(CapturePlaceOf(call));
+}
+
+std::string TextFact(Call& call, const char* name) {
+  const auto bytes = call.state.Fact(call.device.name, std::string("dump_") + name);
+  return bytes ? reinterpret_cast<const char*>(bytes->data()) : "";
 }
 
 void SetTexts(Call& call, std::initializer_list<DumpText> texts) {
@@ -81,17 +94,11 @@ int32_t Configure(const char* function, DeviceHandle device, const Config& recor
 
 // ---- Status
 
+// The maximum of the cache is that of the configuration, which may be newer than the last capture.
 DiskDumpStatus CurrentStatus(Call& call) {
+  DiskDumpStatus status = ReadCapture(CapturePlaceOf(call)).status;
   DumpSettings settings = {};
-  DiskDumpStatus status = {};
-  const bool configured = RecordFact(call, kSettings, settings);
-  if (const int64_t start_ms = NumberFact(call, kStart); start_ms != 0) {
-    const int64_t device_ms = StartedMs(call);
-    const DumpSpan span = {start_ms - device_ms, HostMs() - device_ms};
-    return RunningDump(TrafficCycle(), call.device.traffic_rate, settings, span);
-  }
-  RecordFact(call, kLast, status);
-  if (configured) status.max_cache = settings.max_cache;
+  if (RecordFact(call, kSettings, settings)) status.max_cache = settings.max_cache;
   return status;
 }
 
@@ -104,23 +111,38 @@ int32_t FillStatus(Call& call, DiskDumpStatus& status) {
   return CORVANE_OK;
 }
 
+CaptureTarget TargetOf(Call& call, const DumpSettings& settings) {
+  CaptureTarget target;
+  target.file_name = TextFact(call, "file_name");
+  target.directory = TextFact(call, "directory");
+  target.pattern = TextFact(call, "pattern");
+  target.max_file_size = settings.max_file_size;
+  target.file_count = settings.file_count;
+  target.max_duration = settings.max_duration;
+  target.loop = settings.loop != 0;
+  target.max_cache = settings.max_cache;
+  target.device_name = call.device.name;
+  std::replace(target.device_name.begin(), target.device_name.end(), ':', '-');
+  return target;
+}
+
 int32_t StartDump(Call& call) {
   DumpSettings settings;
   if (IsRunning(call)) return kCaptureRuns;
   if (!RecordFact(call, kSettings, settings)) return kInvalidArgument;
-  call.state.SetFact(call.device.name, kStart, FactOf(HostMs()));
-  return CORVANE_OK;
+  CaptureOrder order = {};
+  order.settings = CurrentCaptureSettings(call, settings.full_frames != 0);
+  order.target = TargetOf(call, settings);
+  std::copy(std::begin(call.device.ports), std::end(call.device.ports), order.source.ports);
+  order.source.mix_rate = call.device.traffic_rate;
+  std::string reason;
+  if (StartCapture(CapturePlaceOf(call), order, reason)) return CORVANE_OK;
+  Complain("cannot start the capture: " + reason);
+  return kCaptureFailed;
 }
 
-// Stopping writes out the cache; the other numbers stay to be read.
 int32_t StopDump(Call& call) {
-  if (!IsRunning(call)) return CORVANE_OK;
-  DiskDumpStatus status = CurrentStatus(call);
-  status.enabled = 0;
-  status.cache_used = 0;
-  SetRecordFact(call, kLast, status);
-  call.state.ForgetFact(call.device.name, kStart);
-  return CORVANE_OK;
+  return StopCapture(CapturePlaceOf(call)) ? int32_t{CORVANE_OK} : kCaptureFailed;
 }
 
 }  // namespace
@@ -149,7 +171,7 @@ int32_t CorvaneAPIDiskDumpStart(DeviceHandle device) {
 }
 
 int32_t CorvaneAPIDiskDumpStop(DeviceHandle device) {
-  return DeviceCall(__func__, device, Access::kWrite, 0, "", StopDump);
+  return DeviceCall(__func__, device, Access::kRead, 0, "", StopDump);
 }
 
 }  // extern "C"

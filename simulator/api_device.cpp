@@ -1,8 +1,8 @@
 // What a device is: type, address, capabilities, versions, firmwares; and its restart.
 #include <cstring>
 
+#include "capture_settings.h"
 #include "device/capabilities.h"
-#include "library.h"
 
 namespace {
 
@@ -68,7 +68,8 @@ int32_t CorvaneAPIGetHwFirmwaresDesc(DeviceHandle device, HwFirmwaresDesc* firmw
 }
 
 int32_t CorvaneAPIRestartDevice(DeviceHandle device) {
-  return DeviceCall(__func__, device, Access::kWrite, 0, "", [](Call& call) {
+  return DeviceCall(__func__, device, Access::kWrite, 0, "", [](Call& call) -> int32_t {
+    if (!ForgetCapture(CapturePlaceOf(call))) return kCaptureFailed;
     call.state.Restart(call.device.name);
     MarkStarted(call, HostMs() + call.device.boot_ms);
     return CORVANE_OK;

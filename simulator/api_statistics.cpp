@@ -1,8 +1,9 @@
-// The counters of the traffic. Each shows what it would have counted with its present conditions
-// since the device started.
+// The counters of the traffic: those of the capture that runs; without one, each shows what it
+// would have counted of the built-in mix with its present conditions since the device started.
 #include <algorithm>
 #include <cstring>
 
+#include "capture_settings.h"
 #include "device/capabilities.h"
 #include "library.h"
 #include "traffic.h"
@@ -29,6 +30,25 @@ void FillPorts(int64_t elapsed_ms, uint64_t frames, StatisticsRecord& statistics
   }
 }
 
+// True when the traffic is the built-in mix at its own times: only then are its counts known
+// without a capture.
+bool HasMix(const DeviceConfiguration& device) {
+  return device.ports[0].kind == SourceKind::kUnset && device.ports[1].kind == SourceKind::kUnset;
+}
+
+void FillFromCapture(const CaptureReport& capture, uint32_t capabilities, int64_t elapsed_ms,
+                     StatisticsRecord& statistics) {
+  statistics.sw_dropped = capture.frames_lost;
+  if ((capabilities & kStatisticsV2) != 0) {
+    statistics.version = 2;
+    memcpy(statistics.counters.v2, capture.counts.counters, sizeof capture.counts.counters);
+    return;
+  }
+  statistics.version = 1;
+  statistics.counters.v1.link_up_ms = static_cast<uint64_t>(elapsed_ms);
+  memcpy(statistics.counters.v1.ports, capture.counts.ports, sizeof capture.counts.ports);
+}
+
 int32_t FillStatistics(Call& call, StatisticsRecord& statistics) {
   if (IsGivenRaw(call, "statistics")) {
     memcpy(&statistics, CurrentRecord(call, "statistics").data(), sizeof statistics);
@@ -40,7 +60,10 @@ int32_t FillStatistics(Call& call, StatisticsRecord& statistics) {
   const int64_t elapsed_ms = std::max(HostMs() - StartedMs(call), int64_t{0});
   const uint64_t frames = FramesAfter(elapsed_ms, call.device.traffic_rate);
   statistics.timestamp = static_cast<uint64_t>(elapsed_ms * kNsPerMs);
-  if ((capabilities & kStatisticsV2) != 0) {
+  const CaptureReport capture = ReadCapture(CapturePlaceOf(call));
+  if (capture.state == CaptureState::kRunning || !HasMix(call.device)) {
+    FillFromCapture(capture, capabilities, elapsed_ms, statistics);
+  } else if ((capabilities & kStatisticsV2) != 0) {
     FillCounters(call, frames, statistics);
   } else {
     FillPorts(elapsed_ms, frames, statistics);

@@ -9,6 +9,7 @@
 #include "configuration_capture.h"
 #include "configuration_gps.h"
 #include "configuration_keys.h"
+#include "configuration_ports.h"
 #include "device/capabilities.h"
 #include "factory_records.h"
 #include "functions.h"
@@ -118,6 +119,8 @@ constexpr Key<DeviceConfiguration> kDeviceKeys[] = {
     {"hw_firmwares", ReadHwFirmwares},
     {"boot_ms", ReadBootTime},
     {"gps", ReadGps},
+    {"port_a", ReadPortA},
+    {"port_b", ReadPortB},
     {"traffic", ReadTraffic},
     {"update", ReadUpdate},
 };
@@ -243,6 +246,15 @@ bool ReadFile(toml::table& file, Configuration& configuration, ConfigurationErro
          ReadKeys(file, kFileKeys, configuration, error);
 }
 
+void MakePathsWhole(const std::filesystem::path& folder, Configuration& configuration) {
+  if (!configuration.journal.empty()) configuration.journal = folder / configuration.journal;
+  for (DeviceConfiguration& device : configuration.devices) {
+    for (PortSource& port : device.ports) {
+      if (!port.file.empty()) port.file = std::filesystem::absolute(folder / port.file);
+    }
+  }
+}
+
 }  // namespace
 
 std::optional<Configuration> ReadConfiguration(std::string_view text, const std::string& path,
@@ -255,9 +267,7 @@ std::optional<Configuration> ReadConfiguration(std::string_view text, const std:
   Configuration configuration;
   configuration.library_version = 0x01040702;  // 2.7.4.1
   if (!ReadFile(parsed.table(), configuration, error)) return std::nullopt;
-  if (!configuration.journal.empty()) {
-    configuration.journal = std::filesystem::path(path).parent_path() / configuration.journal;
-  }
+  MakePathsWhole(std::filesystem::path(path).parent_path(), configuration);
   return configuration;
 }
 

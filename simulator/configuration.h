@@ -10,6 +10,7 @@
 
 #include "device/corvane_api.h"
 #include "nmea_sentences.h"
+#include "port_source.h"
 #include "record_fields.h"
 
 // A record as the configuration file gives it.
@@ -29,6 +30,7 @@ struct DeviceConfiguration {
   GpsPosition position;         // of its GPS antenna
   int64_t traffic_rate = 1000;  // frames per second, both ports together
   int64_t update_ms = 3000;     // how long a firmware update takes
+  PortSource ports[CORVANE_PORTS];
   std::map<std::string, GivenRecord, std::less<>> records;  // by the layout's name
 };
 
@@ -49,7 +51,7 @@ struct Configuration {
 };
 
 // Reads the configuration in the named file. Nothing, with the error filled, when the file cannot
-// be read or is wrong. A relative journal path is taken from the file's folder.
+// be read or is wrong. Relative paths in it are taken from the file's folder.
 std::optional<Configuration> ReadConfigurationFile(const std::string& path,
                                                    ConfigurationError& error);
 

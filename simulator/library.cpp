@@ -9,24 +9,9 @@
 #include <cstring>
 #include <map>
 
+#include "capture_settings.h"
 #include "factory_records.h"
 #include "functions.h"
-
-namespace {
-
-constexpr DeviceHandle kFirstHandle = 0xC0540000;  // nothing that an index could be taken for
-constexpr const char* kStarted = "started";
-
-struct Library {
-  Configuration configuration;
-  DeviceState state;
-  std::map<std::string, int64_t, std::less<>> calls;  // how often each function was called
-};
-
-Library& TheLibrary() {
-  static Library library;
-  return library;
-}
 
 std::string StateFolder() {
   if (const char* folder = getenv("CORVANE_SIM_STATE"); folder != nullptr && *folder != '\0') {
@@ -42,6 +27,22 @@ std::string StateFolder() {
 bool Complain(const std::string& text) {
   fprintf(stderr, "corvane-simulator: %s\n", text.c_str());
   return false;
+}
+
+namespace {
+
+constexpr DeviceHandle kFirstHandle = 0xC0540000;  // nothing that an index could be taken for
+constexpr const char* kStarted = "started";
+
+struct Library {
+  Configuration configuration;
+  DeviceState state;
+  std::map<std::string, int64_t, std::less<>> calls;  // how often each function was called
+};
+
+Library& TheLibrary() {
+  static Library library;
+  return library;
 }
 
 std::optional<Configuration> LoadConfiguration() {
@@ -96,6 +97,8 @@ int32_t RunInTransaction(Call& call, Access access, const std::function<int32_t(
   if (!call.state.Begin(access == Access::kWrite)) return kStateFailed;
   const int32_t status = IsAway(call) ? CORVANE_DEVICE_NOT_FOUND : body(call);
   if (status == CORVANE_OK || status == CORVANE_UPDATE_IN_PROGRESS) {
+    // Before others may write: settings reach a running capture in their order.
+    if (access == Access::kWrite) TellCapture(call);
     return call.state.Commit() ? status : kStateFailed;
   }
   call.state.Rollback();

@@ -16,8 +16,9 @@ inline constexpr int32_t kNotOpen = -20;       // the library is not initialised
 inline constexpr int32_t kNotSupported = -21;  // by this device
 inline constexpr int32_t kInvalidArgument =
     -22;  // a null pointer, an index out of range, nothing to act on
-inline constexpr int32_t kStateFailed = -23;  // the device state cannot be read or written
-inline constexpr int32_t kCaptureRuns = -24;  // a direct capture runs already
+inline constexpr int32_t kStateFailed = -23;    // the device state cannot be read or written
+inline constexpr int32_t kCaptureRuns = -24;    // a direct capture runs already
+inline constexpr int32_t kCaptureFailed = -25;  // a direct capture cannot be started or stopped
 
 // One call for one device while it runs.
 struct Call {
@@ -70,6 +71,12 @@ void MarkStarted(Call& call, int64_t when_ms);
 // A number as a fact in the state, and back (0 when there is none).
 Bytes FactOf(int64_t number);
 int64_t NumberFact(Call& call, const char* name);
+
+// Where the devices' state is.
+std::string StateFolder();
+
+// One line on standard error; returns false.
+bool Complain(const std::string& text);
 
 bool OpenLibrary();  // false with one line on standard error
 void CloseLibrary();

@@ -1,0 +1,13 @@
+// What a device's capture in the background is told of the device.
+#pragma once
+
+#include "library.h"
+#include "tap/capture_process.h"
+
+CapturePlace CapturePlaceOf(const Call& call);
+
+// The device's present configuration, as far as frames meet it.
+CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames);
+
+// Gives the capture of the device, when one runs, the present configuration.
+void TellCapture(Call& call);

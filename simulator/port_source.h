@@ -1,0 +1,28 @@
+// Where the frames at a port come from.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+enum class SourceKind : uint8_t {
+  kUnset,      // generator, unless the other port's source is set: then no frames
+  kGenerator,  // the built-in mix, as far as it arrives at the port
+  kPcap,       // a pcap or pcapng file
+  kInterface   // a network interface of the host
+};
+
+enum class Pace : uint8_t {
+  kOriginal,  // at the intervals of the file
+  kRate,      // so many frames per second
+  kFast       // as fast as they are taken, with the times of the file
+};
+
+struct PortSource {
+  SourceKind kind = SourceKind::kUnset;
+  int64_t rate = -1;  // frames per second at this port; -1 for what follows from the device's
+  int64_t seed = 0;   // of payloads; other than 0 of the order of the frames too
+  std::string file;
+  bool repeat = false;
+  Pace pace = Pace::kOriginal;
+  std::string interface;
+};

@@ -1,0 +1,103 @@
+// The device's three filters, each prepared once from its record.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "device/corvane_api.h"
+#include "frame.h"
+
+// ---- Packet filter
+
+// An IP address filter. A record does not tell the version of the address, so that there are three
+// readings.
+struct AddressFilter {
+  // The address in network order and ones where it must match.
+  struct Ipv4Reading {
+    bool possible;  // else it matches nothing
+    uint32_t value;
+    uint32_t mask;
+  };
+  struct Ipv6Reading {
+    uint64_t value[2];
+    uint64_t mask[2];
+  };
+  Ipv4Reading in_four;     // in bytes 0 to 3 of the slot
+  Ipv4Reading in_sixteen;  // in bytes 12 to 15, the others of no significance
+  Ipv6Reading ipv6;
+};
+
+// All criteria that the record uses must hold. What a frame does not have (ports, an IP address, a
+// tag) matches no criterion on it.
+class PacketFilter {
+ public:
+  // The filter lets everything pass unless it is enabled and the device has the Filter capability;
+  // the VLAN criterion counts only with the VLAN filter capability.
+  PacketFilter(const PacketFilterRecord& record, uint32_t capabilities);
+
+  bool active() const { return active_; }
+  bool Keeps(const RawFrame& frame, const FrameFacts& facts) const;
+
+ private:
+  struct Number {  // a MAC address or a port
+    uint64_t value;
+    uint64_t mask;
+
+    bool Matches(uint64_t number) const { return ((number ^ value) & mask) == 0; }
+  };
+
+  bool Uses(uint32_t flag) const { return (match_flags_ & flag) != 0; }
+  bool MacsMatch(const RawFrame& frame) const;
+  bool AddressesMatch(const FrameFacts& facts) const;
+  bool PortsMatch(const FrameFacts& facts) const;
+  bool VlanMatches(const FrameFacts& facts) const;
+
+  bool active_;
+  uint32_t match_flags_;
+  uint16_t either_flags_;
+  Number source_mac_, destination_mac_;
+  Number source_port_, destination_port_;
+  Number vlan_;
+  AddressFilter source_, destination_;
+};
+
+// ---- Packet type filter
+
+// The types to which the frame belongs: bit i is the type of byte i of PacketTypeFilterRecord.
+//
+//   ipv4, ipv6, arp  the EtherType after all VLAN tags; l2other: any other frame
+//   vlan             at least one VLAN tag
+//   tcp, udp, icmp, igmp  the IP protocol 6, 17, 1 and 58, 2, in every fragment
+//   l4other          any other IP protocol; an IP packet whose header is broken has no protocol
+//   https ... smb, quic   source or destination port, see kApplications in packet_types.cpp
+//   tcpfin, tcpsyn, tcprst, tcppsh, tcpack  the flag is set
+//   zerowindow       the window field is 0
+uint32_t TypesOf(const FrameFacts& facts);
+
+// The types whose frames the filter drops, as TypesOf has them: every type that is switched off.
+// None without the Packet type filter capability; not vlan without the VLAN filter capability.
+uint32_t DroppedTypes(const PacketTypeFilterRecord& record, uint32_t capabilities);
+
+// ---- Deep packet inspection
+
+// Finds the pattern's demanded bytes, at their distances, anywhere in the frame. Bytes before the
+// first and after the last demanded one may lie outside the frame.
+class DpiFilter {
+ public:
+  // Lets everything pass unless it is enabled, demands a byte and the device has the Filter
+  // capability.
+  DpiFilter(const DpiFilterRecord& record, uint32_t capabilities);
+
+  bool active() const { return size_ != 0; }
+  bool Keeps(const uint8_t* bytes, size_t length) const;
+
+ private:
+  bool MatchesAt(const uint8_t* window) const;
+  bool FindsFrom(const uint8_t* first, const uint8_t* last) const;
+
+  std::array<uint8_t, 16> value_ = {};  // from the first demanded byte on; others 0
+  std::array<uint8_t, 16> mask_ = {};   // 0xFF for a demanded byte
+  size_t size_ = 0;                     // bytes from the first to the last demanded one
+  size_t anchors_[2] = {};              // of the demanded bytes the two that tell most
+};

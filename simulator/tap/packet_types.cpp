@@ -1,0 +1,112 @@
+#include <cstring>
+
+#include "device/capabilities.h"
+#include "filters.h"
+
+namespace {
+
+// Bits in the order of the record's bytes.
+#define TYPE_BIT(field) (1U << offsetof(PacketTypeFilterRecord, field))
+
+constexpr uint8_t kTcp = 6;
+constexpr uint8_t kUdp = 17;
+
+enum Carrier : uint8_t { kOverTcp = 1, kOverUdp = 2, kOverBoth = 3 };
+
+struct Application {
+  uint32_t type;
+  Carrier carrier;
+  uint16_t port;
+};
+
+// Ports from the IANA service name and port number registry.
+constexpr Application kApplications[] = {
+    {TYPE_BIT(https), kOverTcp, 443}, {TYPE_BIT(http), kOverTcp, 80},
+    {TYPE_BIT(ftp), kOverTcp, 21},    {TYPE_BIT(ftp), kOverTcp, 20},
+    {TYPE_BIT(dns), kOverBoth, 53},   {TYPE_BIT(smtp), kOverTcp, 25},
+    {TYPE_BIT(pop3), kOverTcp, 110},  {TYPE_BIT(dhcp), kOverUdp, 67},
+    {TYPE_BIT(dhcp), kOverUdp, 68},   {TYPE_BIT(ssh), kOverTcp, 22},
+    {TYPE_BIT(sip), kOverBoth, 5060}, {TYPE_BIT(smb), kOverTcp, 445},
+    {TYPE_BIT(quic), kOverUdp, 443},
+};
+
+struct FlagType {
+  uint32_t type;
+  uint8_t flag;
+};
+
+constexpr FlagType kFlagTypes[] = {
+    {TYPE_BIT(tcpfin), 0x01}, {TYPE_BIT(tcpsyn), 0x02}, {TYPE_BIT(tcprst), 0x04},
+    {TYPE_BIT(tcppsh), 0x08}, {TYPE_BIT(tcpack), 0x10},
+};
+
+uint32_t NetworkType(const FrameFacts& facts) {
+  switch (facts.layer2) {
+    case Layer2::kIp4:
+      return TYPE_BIT(ipv4);
+    case Layer2::kIp6:
+      return TYPE_BIT(ipv6);
+    case Layer2::kArp:
+      return TYPE_BIT(arp);
+    default:
+      return TYPE_BIT(l2other);
+  }
+}
+
+uint32_t TransportType(uint8_t protocol) {
+  switch (protocol) {
+    case kTcp:
+      return TYPE_BIT(tcp);
+    case kUdp:
+      return TYPE_BIT(udp);
+    case 1:
+    case 58:
+      return TYPE_BIT(icmp);
+    case 2:
+      return TYPE_BIT(igmp);
+    default:
+      return TYPE_BIT(l4other);
+  }
+}
+
+uint32_t ApplicationTypes(const FrameFacts& facts) {
+  const Carrier carrier = facts.protocol == kTcp ? kOverTcp : kOverUdp;
+  uint32_t types = 0;
+  for (const Application& application : kApplications) {
+    const bool port =
+        facts.source_port == application.port || facts.destination_port == application.port;
+    if (port && (application.carrier & carrier) != 0) types |= application.type;
+  }
+  return types;
+}
+
+uint32_t TcpTypes(const FrameFacts& facts) {
+  uint32_t types = facts.tcp_window == 0 ? TYPE_BIT(zerowindow) : 0;
+  for (const FlagType& entry : kFlagTypes) {
+    if ((facts.tcp_flags & entry.flag) != 0) types |= entry.type;
+  }
+  return types;
+}
+
+}  // namespace
+
+uint32_t TypesOf(const FrameFacts& facts) {
+  uint32_t types = NetworkType(facts);
+  if (facts.vlan_count > 0) types |= TYPE_BIT(vlan);
+  if (facts.has_protocol) types |= TransportType(facts.protocol);
+  if (facts.has_ports) types |= ApplicationTypes(facts);
+  if (facts.has_tcp) types |= TcpTypes(facts);
+  return types;
+}
+
+uint32_t DroppedTypes(const PacketTypeFilterRecord& record, uint32_t capabilities) {
+  if ((capabilities & kPacketTypeFilter) == 0) return 0;
+  uint8_t switches[sizeof record];
+  memcpy(switches, &record, sizeof record);
+  uint32_t dropped = 0;
+  for (size_t i = 0; i < sizeof record; ++i) {
+    if (switches[i] == 0) dropped |= 1U << i;
+  }
+  if ((capabilities & kVlanFilter) == 0) dropped &= ~TYPE_BIT(vlan);
+  return dropped;
+}
