@@ -29,4 +29,14 @@ TEST(SntpClient, ReadsTheTransmitTimestamp) {
   }
 }
 
+// The request goes to the all-zero address then.
+TEST(SntpClient, WaitsInVainForANameWithoutIpv4) {
+  uint32_t seconds = 7;
+  uint32_t nanoseconds = 7;
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(QuerySntp("::1", seconds, nanoseconds), kSntpTimeout);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Timeout..\n");
+  EXPECT_EQ(seconds, 7U);
+}
+
 }  // namespace

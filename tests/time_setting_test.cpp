@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <ctime>
+#include <functional>
 #include <thread>
 
 #include "device/capabilities.h"
@@ -92,6 +93,15 @@ TEST(TimeSetting, GoesOnAfterAFailure) {
 
 // ---- Network time
 
+// A loopback address of this process alone: tests that run at the same time all need the same port.
+in_addr ServerAddress() {
+  return {htonl(0x7F000000U | (static_cast<uint32_t>(getpid()) & 0x3FFFFF) << 2 | 2)};
+}
+
+std::string Command() {
+  return std::string("timing setsntp --sntpserver ") + inet_ntoa(ServerAddress());
+}
+
 // What a server does with the nth request.
 using Answer = std::function<void(int socket, const sockaddr_in& to, int request)>;
 
@@ -101,7 +111,7 @@ class Server {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_port = htons(123);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_addr = ServerAddress();
     bound_ = bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
     thread_ = std::thread([this, answer = std::move(answer)] { Serve(answer); });
   }
@@ -158,22 +168,23 @@ void SendTime(int socket, const sockaddr_in& to, uint32_t seconds, uint32_t frac
 constexpr uint32_t kSeconds = 0xEA000001;  // 1716879745 as Unix time
 constexpr uint32_t kMiddle = 0x80000000;   // of a second
 constexpr const char* kObtained = "SNTP : time obtained from server\n";
-constexpr const char* kCommand = "timing setsntp --sntpserver 127.0.0.1";
 
 #define NEEDS_PORT(server) \
-  if (!(server).bound()) GTEST_SKIP() << "UDP port 123 of the loopback address is not to be had"
+  if (!(server).bound()) GTEST_SKIP() << "UDP port 123 of the loopback is not to be had"
 
 TEST(TimeFromNetwork, AsksForTheMiddleOfASecond) {
   const Simulation simulation(Devices({kGps, 0}));
   const Server server([](int socket, const sockaddr_in& to, int request) {
-    SendTime(socket, to, kSeconds, request < 3 ? 0x1999999A : kMiddle);  // 0.1 s twice
+    // 199999988 ns and 700000047 ns are not in the middle, 200000002 ns are.
+    const uint32_t fractions[] = {0x33333300, 0xB3333400, 0x33333340};
+    SendTime(socket, to, kSeconds, fractions[(request - 1) % 3]);
   });
   NEEDS_PORT(server);
-  ExpectTimes(simulation, std::string(kCommand) + " -d all",
+  ExpectTimes(simulation, Command() + " -d all",
               std::string(kObtained) + "Corvane 0: Time updated\nCorvane 1: " + kUnsupported, 251);
   EXPECT_EQ(server.requests(), 3);
   EXPECT_EQ(server.request(), "db000a00" + std::string(88, '0'));
-  EXPECT_EQ(Sent(simulation, "SetTimingTime"), Hex(5, 4) + Hex(1716879745, 4) + Hex(500000000, 4));
+  EXPECT_EQ(Sent(simulation, "SetTimingTime"), Hex(5, 4) + Hex(1716879745, 4) + Hex(200000002, 4));
   EXPECT_EQ(simulation.Lines("CorvaneApiSleepMs"),
             std::vector<std::string>(2, "CorvaneApiSleepMs milliseconds=100 status=0"));
 }
@@ -183,7 +194,8 @@ TEST(TimeFromNetwork, PassesTheDevicesStatusThrough) {
   const Server server(
       [](int socket, const sockaddr_in& to, int) { SendTime(socket, to, kSeconds, kMiddle); });
   NEEDS_PORT(server);
-  ExpectTimes(simulation, kCommand, std::string(kObtained) + "Failed to set time from SNTP\n", 179);
+  ExpectTimes(simulation, Command(), std::string(kObtained) + "Failed to set time from SNTP\n",
+              179);
 }
 
 TEST(TimeFromNetwork, GivesUpAfterTenAttempts) {
@@ -192,7 +204,7 @@ TEST(TimeFromNetwork, GivesUpAfterTenAttempts) {
   NEEDS_PORT(server);
   std::string expected;
   for (int i = 0; i < 10; ++i) expected += "Timeout..\nFailed to get time from SNTP, retrying\n";
-  ExpectTimes(simulation, kCommand, expected + "SNTP : Failed to get time from server\n", 255);
+  ExpectTimes(simulation, Command(), expected + "SNTP : Failed to get time from server\n", 255);
   EXPECT_EQ(server.requests(), 10);
   EXPECT_EQ(simulation.CallsOf("CorvaneAPISetTimingTime"), 0);
   EXPECT_EQ(simulation.Calls().back(), "CorvaneAPIUninitialize");
@@ -209,7 +221,7 @@ TEST(TimeFromNetwork, TakesABrokenServerAsItIs) {
     for (int i = 0; request == 4 && i < 2000; ++i) SendTime(socket, to, kSeconds, kMiddle);
   });
   NEEDS_PORT(server);
-  ExpectTimes(simulation, kCommand, std::string(kObtained) + "Time updated\n", 0);
+  ExpectTimes(simulation, Command(), std::string(kObtained) + "Time updated\n", 0);
   EXPECT_EQ(server.requests(), 4);
 }
 

@@ -2,29 +2,18 @@
 #pragma once
 
 #include "device/corvane_api.h"
-#include "support/simulation.h"
-
-inline constexpr const char* kMac = "00:1a:2b:3c:4d:5e";
+#include "support/expectations.h"
 
 // `name = "hexadecimal digits"` for a device table: the simulator serves the record byte for byte.
 template <class Record>
-std::string RawToml(const char* name, const Record& record) {
-  constexpr const char* kDigits = "0123456789abcdef";
+std::string RawToml(const std::string& name, const Record& record) {
   uint8_t bytes[sizeof record];
   memcpy(bytes, &record, sizeof record);
   std::string hex;
-  for (const uint8_t byte : bytes) hex += {kDigits[byte >> 4], kDigits[byte & 15]};
-  return std::string(name) + " = \"" + hex + "\"\n";
+  for (const uint8_t byte : bytes) hex += Hex(byte, 1);
+  return name + " = \"" + hex + "\"\n";
 }
 
-// Every field out of line, so that one written by mistake shows.
-template <class Record>
-Record Sevens() {
-  Record record;
-  memset(&record, 7, sizeof record);
-  return record;
-}
-
-inline std::string GoldenReport(const char* name) {
+inline std::string GoldenReport(const std::string& name) {
   return ReadFile(std::string(CORVANE_GOLDEN) + "/report/" + name + ".txt");
 }
