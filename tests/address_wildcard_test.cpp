@@ -35,9 +35,10 @@ TEST(MacWildcard, TakesExactlyWhatTheExpressionMatches) {
   int accepted = 0;
   for (int i = 0; i < 6000; ++i) {
     const std::string text = i == 0 ? "" : NearlyMac(random);
-    PacketFilterRecord record = {};
+    PacketFilterRecord record = {.src_mac = {0, 0, 0, 0, 0, 0x22}};
     const bool matches = std::regex_match(text, expression);
     ASSERT_EQ(ParseMacWildcard(text, record, true), matches) << text;
+    ASSERT_EQ(record.src_mac[5] != 0x22, matches) << text;
     accepted += matches ? 1 : 0;
   }
   EXPECT_NEAR(accepted, 2500, 1200);
@@ -52,14 +53,14 @@ TEST(IpWildcard, IsStoredReversedInTheArrangementOfTheVersion) {
       {"AB*1:0db8:****:0000:0000:0000:0000:000*", 6,
        "000000000000000000000000b80d01ab f0ffffffffffffffffff0000ffff0fff",
        "ab**:0db8:****:0000:0000:0000:0000:00**"},
-      // Only the character that is read first of a group must be a digit; a short group is
-      // right-aligned before a "::", left-aligned behind it.
+      // Only the character of a group that is read first must be a digit.
       {"12g4:1-_x:3333:4444:5555:6666:7777:1*::", 6,
        "10007777666655554444333300100412 f0ffffffffffffffffffffffffffffff",
        "1204:1000:3333:4444:5555:6666:7777:00**"},
-      {"1111:2222:3333:4444:5555:6666::*777:gef", 6,
-       "f00e7707666655554444333322221111 ffffff0fffffffffffffffffffffffff",
-       "1111:2222:3333:4444:5555:6666:**77:0ef0"}};
+      // Behind the last "::" groups are left-aligned; what stands between two is not read.
+      {"1111:2222::is:never:read:here::*777:gef", 6,
+       "f00e7707000000000000000022221111 ffffff0fffffffffffffffffffffffff",
+       "1111:2222:0000:0000:0000:0000:**77:0ef0"}};
   for (const auto& [text, version, address_and_mask, shown] : cases) {
     CounterV2Config counter = {.address = {1, 1, 1, 1, 1, 1}, .mask = {0, 0, 0, 0, 1, 1}};
     EXPECT_TRUE(SetCounterIpWildcard(text, counter, version));
@@ -81,7 +82,7 @@ TEST(IpWildcard, RefusesEverythingElseAndLeavesTheRecordAlone) {
       1.2.3.4. *.*.*.*. 255.255.255.2555 *****.*.*.* 12.4:2222:3333:4444:5555:6666:7777:8888 ::1
       1111:2222:3333:4444:5555:6666:7777:888 1111:2222:3333:4444:5555:6666:7777:88888
       11111:222:3333:4444:5555:6666:7777:8888 1:2222:3333:4444:5555:6666:7777:8888:99
-      1111:2222:3333:4444:5555:6666:777:-8888 1111:2222:3333:4444:5555:6666:7777:888:
+      1111:2222:3333:4444:5555:6666:7777:-888 1111:2222:3333:4444:5555:6666:7777:888:
       1111:2222:3333:4444:5555:6666::77777:de 1111:2222:3333:4444:5555:6666::7777:feg)")) {
     EXPECT_FALSE(SetFilterIpWildcard(text, filter, false, 0)) << text;
     EXPECT_FALSE(SetCounterIpWildcard(text, counter, kIpv6)) << text;
