@@ -12,7 +12,7 @@ namespace {
 
 std::string Hex(const uint8_t (&bytes)[16]) {
   char text[33];
-  for (int i = 0; i < 16; ++i) snprintf(text + 2 * i, 3, "%02x", bytes[i]);
+  for (size_t i = 0; i < 16; ++i) snprintf(text + 2 * i, 3, "%02x", bytes[i]);
   return text;
 }
 

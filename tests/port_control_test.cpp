@@ -64,7 +64,9 @@ TEST(PortControl, SetRefusesAndWritesNothing) {
   };
   const Simulation simulation(Device(Sevens(80), "1"));
   for (const auto& [arguments, reason] : cases) {
-    ExpectRun(simulation, "portcontrol set" + arguments, kSetFailed + ": " + reason + "\n", 255);
+    std::string out = kSetFailed;
+    out.append(": ").append(reason).append("\n");
+    ExpectRun(simulation, "portcontrol set" + arguments, out, 255);
   }
   EXPECT_EQ(simulation.CallsOf("CorvaneAPISetDevicePortsSpeed"), 0);
 }
