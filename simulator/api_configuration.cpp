@@ -104,7 +104,6 @@ int32_t CorvaneAPIGetCounterV2(DeviceHandle device, uint32_t index, CounterV2Con
     if (index >= CORVANE_COUNTERS_V2) return kInvalidArgument;
     Bytes counters = CurrentRecord(call, "counters_v2");
     memcpy(&record, CounterAt(counters, index), sizeof record);
-    record.index = static_cast<int32_t>(index);
     return int32_t{CORVANE_OK};
   };
   return FillCall(__func__, device, kStatisticsV2, arguments, counter, fill);

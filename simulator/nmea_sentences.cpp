@@ -31,7 +31,7 @@ constexpr const char* kVerticalDilution = "1.3";
   char text[96];  // a sentence has at most 82 characters
   va_list values;
   va_start(values, format);
-  vsnprintf(text, sizeof text, format, values);
+  vsnprintf(text, sizeof text, format, values);  // NOLINT(clang-analyzer-valist.Uninitialized)
   va_end(values);
   return text;
 }

@@ -23,6 +23,7 @@ TEST(SimulatorConfiguration, AWrongFileIsNamedWithLineAndReason) {
   };
   const Case cases[] = {
       {"[[device]\n", "2: "},
+      {"[!x]\n", "2: "},
       {"colour = 1\n", "2: unknown key \"colour\""},
       {"[[device]]\n" + mac + "colour = 1\n", "4: unknown key \"colour\""},
       {"[[device]]\ntype = 11\n", "2: a device needs a mac"},

@@ -3,8 +3,23 @@
 #pragma once
 
 inline constexpr int kSuccess = 0;
-inline constexpr int kRejected = -1;         // usage error, or values that do not go together
-inline constexpr int kNoFirmwareFile = -3;   // update without a file
-inline constexpr int kNoDevice = -4;         // not selected or not found
-inline constexpr int kUnsupported = -5;      // missing capability or option, or an invalid value
-inline constexpr int kAlreadyRunning = -12;  // a direct capture
+inline constexpr int kRejected = -1;
+inline constexpr int kNoFirmwareFile = -3;
+inline constexpr int kNoDevice = -4;
+inline constexpr int kUnsupported = -5;
+inline constexpr int kAlreadyRunning = -12;
+
+// What each means, as the manual says it.
+struct StatusMeaning {
+  int status;
+  const char* meaning;
+};
+
+inline constexpr StatusMeaning kStatusMeanings[] = {
+    {kSuccess, "done"},
+    {kRejected, "wrong command line (the usage is printed), or values that do not go together"},
+    {kNoFirmwareFile, "an update without a firmware file"},
+    {kNoDevice, "no such device"},
+    {kUnsupported, "the device cannot do this, or a value or an option is missing or invalid"},
+    {kAlreadyRunning, "a direct capture runs already"},
+};

@@ -14,8 +14,8 @@ constexpr const char* kSwitchPattern = "^on|off$";
 constexpr const char* kSwitchDatatype = "<on|off>";
 constexpr int kSwitchFlags = 3;
 
-// The end marker that argtable3 wants after a leaf's objects. Only one leaf is parsed in a run, so one
-// marker does for all.
+// The end marker that argtable3 wants after a leaf's objects. Only one leaf is parsed in a run, so
+// one marker does for all.
 void* EndMarker() {
   static void* const marker = arg_end(kMostErrors);
   return marker;

@@ -1,0 +1,52 @@
+/*
+ * Reads from standard input the sentences that nmea_library.c hands over until there are no more,
+ * and prints how many microseconds after that they were here: the 50th and the 99th percentile and
+ * the most, and how many came. Ends with status 1 when none came.
+ */
+#define _GNU_SOURCE
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <time.h>
+#include <unistd.h>
+
+enum { kMost = 100000 };
+
+static double delays[kMost]; /* us */
+
+static long long Now(void) {
+  struct timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec * 1000000000LL + now.tv_nsec;
+}
+
+static int Ascending(const void* left, const void* right) {
+  const double a = *(const double*)left;
+  const double b = *(const double*)right;
+  return (a > b) - (a < b);
+}
+
+/* Takes the sentences out of what came by now; returns the number of delays known after it. */
+static int Take(const char* text, long long now, int count) {
+  while (count < kMost && (text = strstr(text, "$BENCH,")) != NULL) {
+    text += strlen("$BENCH,");
+    delays[count++] = (double)(now - atoll(text)) / 1000;
+  }
+  return count;
+}
+
+int main(void) {
+  static char text[65536];
+  int count = 0;
+  ssize_t size;
+  while ((size = read(STDIN_FILENO, text, sizeof text - 1)) > 0) {
+    const long long now = Now();
+    text[size] = '\0';
+    count = Take(text, now, count);
+  }
+  if (count == 0) return 1;
+  qsort(delays, (size_t)count, sizeof *delays, Ascending);
+  printf("%.0f %.0f %.0f %d\n", delays[count / 2], delays[count * 99 / 100], delays[count - 1],
+         count);
+  return 0;
+}

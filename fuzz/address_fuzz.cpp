@@ -1,0 +1,79 @@
+// Every address parser on one text: what is refused leaves the records alone; what is accepted
+// touches its own fields only and comes back as a text that parses to the same bytes.
+#include <cstring>
+
+#include "filter/address_wildcard.h"
+#include "require.h"
+
+namespace {
+
+template <class Record>
+bool Same(const Record& one, const Record& other) {
+  return memcmp(&one, &other, sizeof one) == 0;
+}
+
+template <class Record>
+Record Filled() {
+  Record record;
+  memset(&record, 0x5A, sizeof record);
+  return record;
+}
+
+void CheckMac(const std::string& text, bool is_source) {
+  const auto before = Filled<PacketFilterRecord>();
+  PacketFilterRecord filter = before;
+  if (!ParseMacWildcard(text, filter, is_source)) return Require(Same(filter, before));
+  PacketFilterRecord again = before;
+  Require(ParseMacWildcard(FormatMacWildcard(filter, is_source), again, is_source));
+  Require(Same(filter, again));
+  const bool other = !is_source;
+  Require(FormatMacWildcard(filter, other) == FormatMacWildcard(before, other));
+}
+
+// A byte that is not wholly significant shows as a wildcard, so its value does not come back.
+void CheckFilterIp(const std::string& text, bool is_source, int version) {
+  const auto before = Filled<PacketFilterRecord>();
+  PacketFilterRecord filter = before;
+  if (!SetFilterIpWildcard(text, filter, is_source, version)) return Require(Same(filter, before));
+  const std::string shown = FormatFilterIpWildcard(filter, is_source, version);
+  PacketFilterRecord again = before;
+  Require(SetFilterIpWildcard(shown, again, is_source, version));
+  Require(FormatFilterIpWildcard(again, is_source, version) == shown);
+  auto* const slot = is_source ? again.src_ip : again.dst_ip;
+  memcpy(slot, is_source ? filter.src_ip : filter.dst_ip, sizeof again.src_ip);
+  Require(Same(filter, again));
+}
+
+void CheckCounterIp(const std::string& text, int version) {
+  const auto before = Filled<CounterV2Config>();
+  CounterV2Config counter = before;
+  if (!SetCounterIpWildcard(text, counter, version)) return Require(Same(counter, before));
+  const std::string shown = FormatCounterIpWildcard(counter, version);
+  CounterV2Config again = before;
+  Require(SetCounterIpWildcard(shown, again, version));
+  for (int i = 0; i < 16; ++i) {
+    const bool exact = counter.mask[i] == 0xFF;
+    Require(again.mask[i] == (exact ? 0xFF : 0x00));
+    Require(!exact || again.address[i] == counter.address[i]);
+  }
+  const bool ipv4 = text.find('.') != std::string::npos;
+  if (ipv4 && version == kIpv4) Require(shown == text);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  // A word of a command line ends at its first NUL.
+  const auto* characters = reinterpret_cast<const char*>(data);
+  const std::string text(characters, strnlen(characters, size));
+  uint8_t value[16];
+  uint8_t mask[16];
+  ParseIpv4Wildcard(text, value, mask);
+  Require(!ParseIpv6Wildcard(text, value, mask) || text.size() == 39);
+  for (const bool is_source : {false, true}) {
+    CheckMac(text, is_source);
+    for (const int version : {0, kIpv4, kIpv6}) CheckFilterIp(text, is_source, version);
+  }
+  for (const int version : {0, kIpv4, kIpv6}) CheckCounterIp(text, version);
+  return 0;
+}

@@ -1,0 +1,60 @@
+# The Debian packages: corvane, and corvane-simulator for machines without a device.
+set(CPACK_GENERATOR DEB)
+set(CPACK_COMPONENTS_ALL corvane simulator)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGE_CONTACT "The Corvane utility developers <developers@corvane.invalid>")
+set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+  GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+
+# The device library is the maker's and in no package: it is found here, where the simulator stands
+# for it, and nothing depends on it.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/simulator)
+
+set(CPACK_DEBIAN_CORVANE_PACKAGE_NAME corvane)
+set(CPACK_DEBIAN_CORVANE_PACKAGE_SUGGESTS "corvane-simulator, bash-completion")
+set(CPACK_COMPONENT_CORVANE_DESCRIPTION
+"configure and monitor Corvane network capture devices
+Features, ports, filters, counters, capture to files, clock and firmware of
+Corvane devices, USB Ethernet taps, from the command line. Completion for
+bash, zsh and fish.
+
+The library libCorvaneAPI.so.2 that drives the devices comes from their maker.
+The package corvane-simulator has one that simulates them.")
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME corvane-simulator)
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS corvane)
+set(CPACK_COMPONENT_SIMULATOR_DESCRIPTION
+"simulated Corvane network capture devices
+A library in the place of the one that the maker of Corvane devices ships,
+with devices that exist only in a file and a database: to try the command
+line tool corvane, and to test what uses it. The command corvane-sim runs any
+other command with it.")
+
+# What Debian wants in each: copyright, changes, manuals compressed without a time stamp.
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+set(changelog ${CMAKE_BINARY_DIR}/changelog.gz)
+add_custom_command(OUTPUT ${changelog}
+  COMMAND ${CMAKE_SOURCE_DIR}/packaging/changelog.sh ${PROJECT_VERSION} ${date}
+    < ${CMAKE_SOURCE_DIR}/CHANGELOG.md | gzip -9n > ${changelog}
+  DEPENDS ${CMAKE_SOURCE_DIR}/CHANGELOG.md ${CMAKE_SOURCE_DIR}/packaging/changelog.sh VERBATIM)
+add_custom_target(changelog ALL DEPENDS ${changelog})
+foreach(component corvane simulator)
+  string(TOUPPER ${component} upper)
+  set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  install(FILES packaging/copyright ${changelog} COMPONENT ${component}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package})
+  install(CODE [[
+    file(GLOB pages "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/man/man*/*.[1-9]")
+    if("${CMAKE_INSTALL_PREFIX}" STREQUAL "/usr" AND pages)
+      execute_process(COMMAND gzip -9nf ${pages} COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+  ]] COMPONENT ${component})
+endforeach()
+
+include(CPack)

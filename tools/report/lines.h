@@ -1,0 +1,114 @@
+// The lines that are no plain "label : value", as data. A pattern is tried on the line without its
+// tabs; the names of its placeholders are keys, or paths of keys and positions (see pattern.h).
+#pragma once
+
+#include <string_view>
+
+enum class LineKind {
+  kValues,   // sets its values in the object at hand
+  kElement,  // appends an object with its values to the array
+  kHeading,  // the same, and the deeper lines that follow belong to that object
+  kOpen,     // the same, for lines that follow at its own depth
+};
+
+struct SpecialLine {
+  std::string_view pattern;
+  LineKind kind = LineKind::kValues;
+  std::string_view array = {};
+};
+
+// The first that fits counts. The first placeholder of an element is its name in flat outputs.
+inline constexpr SpecialLine kSpecialLines[] = {
+    {"Found {#found} corvanes"},
+    {"{#device} : {=error}", LineKind::kElement, "devices"},
+    {"{#device} : {#type} {=error}", LineKind::kElement, "devices"},
+    {"{#device} : {#type} {=model} MAC {=error}", LineKind::kElement, "devices"},
+    {"{#device} : {#type} {=model} {=mac}", LineKind::kElement, "devices"},
+    {"Corvane {#device}: {*message}", LineKind::kElement, "devices"},
+    {"Packet slicing : {=packet_slicing} {*packet_slicing_size}"},
+    {"Inline mode : {=inline_mode} ({=inline_mode_forced})"},
+    {"Loopback : {=loopback} ({=loopback_forced})"},
+    {"Port {=port} status:", LineKind::kHeading, "ports"},
+    {"Port {=port} :", LineKind::kHeading, "ports"},
+    {"Port {=port}", LineKind::kHeading, "ports"},
+    {"-----Pair {#pair}-----", LineKind::kOpen, "pairs"},
+    {"Filter {=enabled}"},
+    {"Counter {#counter}:", LineKind::kHeading, "counters"},
+    {"Counter {#counter} : {#count}", LineKind::kElement, "counters"},
+    {"Size mode: {*size_mode} {#size}"},
+    {"Timestamp on : Port {=timestamp_on/0/port} : {=timestamp_on/0/place} Port "
+     "{=timestamp_on/1/port} : {=timestamp_on/1/place}"},
+    {"Satellites : GPS : {#satellites/gps} GLONASS : {#satellites/glonass} Used : "
+     "{#satellites/used}"},
+};
+
+// Labels with texts of the device, which stay as they are whatever they look like.
+inline constexpr std::string_view kTextLabels[] = {
+    "{*label} version", "Loaded firmware", "Filter Data", "Filter Mask", "Vendor name", "Model",
+    "Revision",         "Date code",       "Serial No",
+};
+
+inline constexpr std::string_view kListLabels[] = {"Alarms", "Warnings", "Status bits",
+                                                   "Return path"};
+
+// Labels with several words for "yes": the word stays, and a boolean goes with it.
+struct StateLabel {
+  std::string_view label;
+  std::string_view key;  // of the boolean
+  std::string_view off;  // the word for "no"; none at all (N/A) is "no" as well
+};
+
+inline constexpr StateLabel kStateLabels[] = {
+    {"Link", "link_is_up", "Down"},
+    {"GPS module detected", "gps_module_is_detected", "no"},
+    {"GPS fix", "gps_has_fix", "no"},
+};
+
+// A label whose unit stands in it in another way than the others have it: "(unit)" at the end.
+inline constexpr std::string_view kUnitInWords = "Wave length nm";
+inline constexpr std::string_view kUnitInBrackets = "Wave length (nm)";
+
+// With these the report of a command that goes on for ever is complete.
+inline constexpr std::string_view kLastLines[] = {"Direct capture : STOPPED",
+                                                  "Files Written : {#n}"};
+
+// Lines of their own. A selection line begins a new report.
+enum class MessageKind { kNotice, kFailure, kSelection };
+
+struct MessageLine {
+  std::string_view pattern;
+  MessageKind kind;
+};
+
+inline constexpr MessageLine kMessageLines[] = {
+    {"Corvane detected", MessageKind::kSelection},
+    {"Warning : {*}", MessageKind::kNotice},
+    {"Capture {=}", MessageKind::kNotice},
+    {"The device was reset", MessageKind::kNotice},
+    {"Time {*}updated", MessageKind::kNotice},
+    {"SNTP : time obtained {*}", MessageKind::kNotice},
+    {"Failed to get time from SNTP, retrying", MessageKind::kNotice},
+    {"Firmware update s{*}", MessageKind::kNotice},
+    {"If the process gets interrupted{*}", MessageKind::kNotice},
+    {"Progress : {*}", MessageKind::kNotice},
+    {"Invalid Corvane device selected", MessageKind::kFailure},
+    {"Failed{*}", MessageKind::kFailure},
+    {"Could not get {*}", MessageKind::kFailure},
+    {"Your device does not support {*}", MessageKind::kFailure},
+    {"This device does not support {*}", MessageKind::kFailure},
+    {"Invalid {*}", MessageKind::kFailure},
+    {"Error{*}", MessageKind::kFailure},
+    {"Timeout..", MessageKind::kFailure},
+    {"Unsupported statistics version", MessageKind::kFailure},
+    {"GPS output interface not supported", MessageKind::kFailure},
+    {"Wrong counter was selected {*}", MessageKind::kFailure},
+    {"Cannot configure counter {*}", MessageKind::kFailure},
+    {"Select only {*}", MessageKind::kFailure},
+    {"{=key} must {*}", MessageKind::kFailure},
+    {"{=key} and {=} are mutually exclusive", MessageKind::kFailure},
+    {"SNTP : Failed {*}", MessageKind::kFailure},
+    {"No firmware file specified", MessageKind::kFailure},
+    {"Firmware update failed", MessageKind::kFailure},
+    {"Firmware file is not valid {*}", MessageKind::kFailure},
+    {"Corvane device not found", MessageKind::kFailure},
+};

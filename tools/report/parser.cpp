@@ -1,0 +1,210 @@
+#include "parser.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "lines.h"
+#include "pattern.h"
+
+namespace {
+
+constexpr size_t kDeepest = 3;         // no report indents more; bounds the recursion of outputs
+constexpr size_t kLongestLabel = 100;  // the longest of a report has less than half of it
+constexpr size_t kMostMembers = 1024;  // finding a member takes time in proportion
+
+constexpr const char* kUnknown = "cannot be read";
+constexpr const char* kRepeated = "was said before";
+constexpr const char* kUntitled = "is indented, but belongs to no title";
+constexpr const char* kTooMany = "is one too many";
+
+bool IsLabel(std::string_view label) {
+  const bool printable =
+      std::all_of(label.begin(), label.end(), [](char c) { return c >= ' ' && c < '\x7f'; });
+  return printable && label.size() <= kLongestLabel && !KeyOf(label).empty();
+}
+
+template <size_t kCount>
+bool IsAmong(std::string_view text, const std::string_view (&patterns)[kCount]) {
+  return std::any_of(std::begin(patterns), std::end(patterns),
+                     [text](std::string_view pattern) { return Fits(pattern, text); });
+}
+
+Json ReadMember(std::string_view label, std::string_view value) {
+  if (IsAmong(label, kTextLabels)) return {{KeyOf(label), value}};
+  if (IsAmong(label, kListLabels)) return {{KeyOf(label), ReadList(value)}};
+  for (const StateLabel& state : kStateLabels) {
+    if (label != state.label) continue;
+    const bool known = !ReadValue(value).is_null();
+    return {{KeyOf(label), known ? Json(value) : Json()}, {state.key, known && value != state.off}};
+  }
+  if (label == kUnitInWords) label = kUnitInBrackets;
+  const size_t bracket = label.find(" (");
+  const Json read = ReadValue(value);
+  if (bracket != std::string_view::npos && label.ends_with(')') && read.is_number()) {
+    const Unit* unit = FindUnit(label.substr(bracket + 2, label.size() - bracket - 3));
+    if (unit != nullptr) return {{KeyOf(label.substr(0, bracket)), WithUnit(read, unit->name)}};
+  }
+  return {{KeyOf(label), read}};
+}
+
+// The members that the captures make.
+Json MembersOf(const std::vector<Capture>& values) {
+  Json members = Json::object();
+  for (const Capture& value : values) {
+    members[Json::json_pointer("/" + std::string(value.name))] = ReadValue(Trim(value.text));
+  }
+  return members;
+}
+
+bool IsFailure(std::string_view message) {
+  for (const MessageLine& line : kMessageLines) {
+    if (Fits(line.pattern, message)) return line.kind == MessageKind::kFailure;
+  }
+  return false;
+}
+
+}  // namespace
+
+ReportParser::ReportParser(std::function<void(const Json&)> done) : done_(std::move(done)) {}
+
+const char* ReportParser::ReadLine(std::string_view line) {
+  const size_t depth = std::min(line.find_first_not_of('\t'), line.size());
+  const std::string_view text = Trim(line.substr(depth));
+  if (text.empty()) {
+    open_.resize(std::min<size_t>(open_.size(), 1));
+    return nullptr;
+  }
+  if (line[depth] == ' ') return kUnknown;
+  if (depth > kDeepest) return kUntitled;
+  const char* problem = Read(depth, text);
+  if (problem == nullptr && depth == 0 && IsAmong(text, kLastLines)) Finish();
+  return problem;
+}
+
+void ReportParser::Finish() {
+  Json report = Json::object();
+  if (!messages_.empty()) report["messages"] = std::move(messages_);
+  if (!errors_.empty()) report["errors"] = std::move(errors_);
+  report.update(report_);
+  BeginReport();
+  if (!report.empty()) done_(report);
+}
+
+void ReportParser::BeginReport() {
+  report_ = Json::object();
+  messages_ = Json::array();
+  errors_ = Json::array();
+  open_ = {Path()};
+  title_ = Path();
+}
+
+const char* ReportParser::Read(size_t depth, std::string_view text) {
+  if (depth == 0 && ReadMessage(text)) return nullptr;
+  if (depth >= open_.size()) return kUntitled;
+  std::vector<Capture> values;
+  for (const SpecialLine& line : kSpecialLines) {
+    values.clear();
+    if (MatchPattern(line.pattern, text, values)) return ReadSpecial(line, values, depth);
+  }
+  return ReadLabel(depth, text);
+}
+
+bool ReportParser::ReadMessage(std::string_view text) {
+  for (const MessageLine& line : kMessageLines) {
+    if (!Fits(line.pattern, text)) continue;
+    const bool failure = line.kind == MessageKind::kFailure;
+    if (line.kind == MessageKind::kSelection) Finish();
+    (failure ? errors_ : messages_).push_back(text);
+    failed_ = failed_ || failure;
+    return true;
+  }
+  return false;
+}
+
+const char* ReportParser::ReadSpecial(const SpecialLine& line, const std::vector<Capture>& values,
+                                      size_t depth) {
+  for (const Capture& value : values) {
+    if (value.name == "error" || (value.name == "message" && IsFailure(value.text))) failed_ = true;
+  }
+  if (line.kind == LineKind::kValues) return SetMembers(depth, MembersOf(values));
+  return ReadElement(line, values, depth);
+}
+
+// An element is known by its first member, which no other of the array has.
+const char* ReportParser::ReadElement(const SpecialLine& line, const std::vector<Capture>& values,
+                                      size_t depth) {
+  const bool open = line.kind == LineKind::kOpen;
+  if (open && depth != 0) return kUnknown;
+  const Json element = MembersOf(values);
+  Path array = (open ? title_ : Enclosing(depth)) / std::string(line.array);
+  if (report_.contains(array)) {
+    const Json& present = report_[array];
+    if (!present.is_array()) return kRepeated;
+    if (present.size() >= kMostMembers) return kTooMany;
+    const bool repeated = std::any_of(present.begin(), present.end(), [&](const Json& other) {
+      return other.is_object() && other.front() == element.front();
+    });
+    if (repeated && depth > 0) return kRepeated;
+    if (repeated) {
+      Finish();
+      array = Path() / std::string(line.array);
+    }
+  }
+  Json& elements = report_[array];
+  elements.push_back(element);
+  const Path path = array / (elements.size() - 1);
+  open_.resize(depth + 1);
+  if (line.kind == LineKind::kHeading) open_.push_back(path);
+  if (open) open_ = {path};
+  return nullptr;
+}
+
+const char* ReportParser::ReadLabel(size_t depth, std::string_view text) {
+  const size_t colon = text.find(':');
+  if (colon == std::string_view::npos) return kUnknown;
+  const std::string_view label = Trim(text.substr(0, colon));
+  const std::string_view rest = text.substr(colon + 1);
+  if (!IsLabel(label) || (!rest.empty() && rest[0] != ' ')) return kUnknown;
+  const std::string_view value = Trim(rest);
+  const bool may_be_empty = IsAmong(label, kTextLabels) || IsAmong(label, kListLabels);
+  if (value.empty() && !may_be_empty) return OpenTitle(depth, KeyOf(label));
+  return SetMembers(depth, ReadMember(label, value));
+}
+
+const char* ReportParser::SetMembers(size_t depth, const Json& members) {
+  open_.resize(depth + 1);
+  if (report_[open_[depth]].size() >= kMostMembers) return kTooMany;
+  for (const auto& [key, value] : members.items()) {
+    if (!MakeRoom(depth, open_[depth] / key)) return kRepeated;
+  }
+  report_[open_[depth]].update(members);
+  return nullptr;
+}
+
+const char* ReportParser::OpenTitle(size_t depth, const std::string& key) {
+  const Path path = Enclosing(depth) / key;
+  if (report_[path.parent_pointer()].size() >= kMostMembers) return kTooMany;
+  if (!MakeRoom(depth, path)) return kRepeated;
+  report_[path] = Json::object();
+  open_.resize(depth + 1);
+  open_.push_back(path);
+  if (depth == 0) title_ = path;
+  return nullptr;
+}
+
+// A member of the report itself that comes again begins the next report; a deeper one cannot.
+bool ReportParser::MakeRoom(size_t depth, const Path& path) {
+  const bool top = path.parent_pointer().empty();
+  if (top && (path.back() == "messages" || path.back() == "errors")) return false;
+  if (!report_.contains(path)) return true;
+  if (depth == 0 && top) Finish();
+  return depth == 0 && top;
+}
+
+// The object that a title or heading of the depth stands in. One without indentation ends whatever
+// was open.
+ReportParser::Path ReportParser::Enclosing(size_t depth) {
+  if (depth == 0) open_ = {Path()};
+  return open_[depth];
+}

@@ -1,0 +1,38 @@
+// Values of the reports as JSON.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+using Json = nlohmann::ordered_json;
+
+// A unit of the reports and the base unit that metrics are kept in.
+struct Unit {
+  std::string_view name;
+  std::string_view base;  // as metric names spell it
+  double factor;          // from the unit to its base
+};
+
+// Null for what is no unit.
+const Unit* FindUnit(std::string_view name);
+
+// Without blanks and tabs at both ends.
+std::string_view Trim(std::string_view text);
+
+// The key for a label: lower case, one underscore for whatever stands between letters and digits;
+// apostrophes vanish.
+std::string KeyOf(std::string_view label);
+
+// Reads one value: a switch word is a boolean; "None" and "N/A" are null; a whole number is an
+// exact integer (text when it has more than 64 bits), one with a fraction a number; a number with a
+// unit behind it is {"value", "unit"}; the clock's "dd/mm/yyyy hh:mm:ss (UTC)" is ISO 8601; all
+// else is text.
+Json ReadValue(std::string_view text);
+
+// The items of a list, at commas or, where there is none, at blanks. "None" has no items.
+Json ReadList(std::string_view text);
+
+// {"value", "unit"}.
+Json WithUnit(const Json& value, std::string_view unit);
+bool HasUnit(const Json& value);
