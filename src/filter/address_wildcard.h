@@ -32,8 +32,9 @@ bool ParseIpv4Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
 // 16 value and 16 mask bytes. False when the text is no IPv6 wildcard; both may then be written.
 // Lenient on purpose: only the character of a group that is read first (the last one behind a "::")
-// must be a digit or a wildcard; another that is neither counts as 0. Devices expect a group of
-// fewer than four characters behind a "::" in the high nibbles.
+// must be a digit or a wildcard, another that is neither counts as 0; what stands between a first
+// and a last "::" is not read. Devices expect a group of fewer than four characters behind a "::"
+// in the high nibbles.
 bool ParseIpv6Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
 // 16 value and 16 mask bytes, of which an IPv4 text (any with a ".") writes only the first four.
