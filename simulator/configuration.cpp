@@ -37,8 +37,9 @@ bool ReadMac(Where node, DeviceConfiguration& device, ConfigurationError& error)
   unsigned b[CORVANE_MAC_SIZE];
   char rest = 0;
   if (!ReadText(node, text, error)) return false;
-  if (text.size() != 17 || sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%c", &b[0], &b[1], &b[2],
-                                  &b[3], &b[4], &b[5], &rest) != CORVANE_MAC_SIZE) {
+  if (text.find_first_not_of("0123456789abcdefABCDEF:") != std::string::npos || text.size() != 17 ||
+      sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%c", &b[0], &b[1], &b[2], &b[3], &b[4], &b[5],
+             &rest) != CORVANE_MAC_SIZE) {
     return RefuseValue(node, "bad MAC address \"" + text + "\"", error);
   }
   for (int i = 0; i < CORVANE_MAC_SIZE; ++i) device.mac[i] = static_cast<uint8_t>(b[i]);

@@ -43,7 +43,8 @@ bool ReadVersion(Where node, uint8_t (&numbers)[4], ConfigurationError& error) {
   unsigned n[4];
   char rest = 0;
   if (!ReadText(node, text, error)) return false;
-  if (sscanf(text.c_str(), "%3u.%3u.%3u.%3u%c", &n[0], &n[1], &n[2], &n[3], &rest) != 4 ||
+  if (text.find_first_not_of("0123456789.") != std::string::npos ||
+      sscanf(text.c_str(), "%3u.%3u.%3u.%3u%c", &n[0], &n[1], &n[2], &n[3], &rest) != 4 ||
       n[0] > 255 || n[1] > 255 || n[2] > 255 || n[3] > 255) {
     return RefuseValue(node, "a version like \"1.2.3.4\" is expected here", error);
   }

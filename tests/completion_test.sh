@@ -5,6 +5,10 @@ set -uo pipefail
 build=$1 shell=$2
 cases=$(cd "$(dirname "$0")/completion" && pwd)
 command -v "$shell" >/dev/null || { echo "skipped: no $shell"; exit 77; }
+if [ "$shell" = zsh ] && ! zsh -fc 'zmodload zsh/zpty && zpty probe true' 2>/dev/null; then
+  echo 'skipped: no pseudo terminal for zsh'
+  exit 77
+fi
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT

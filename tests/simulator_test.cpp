@@ -28,6 +28,8 @@ TEST(SimulatorConfiguration, AWrongFileIsNamedWithLineAndReason) {
       {"[[device]]\n" + mac + "colour = 1\n", "4: unknown key \"colour\""},
       {"[[device]]\ntype = 11\n", "2: a device needs a mac"},
       {"[[device]]\nmac = \"00:1a:2b:3c:4d\"\n", "3: bad MAC address \"00:1a:2b:3c:4d\""},
+      {"[[device]]\nmac = \"-1:+2: 3:04:+5: 6\"\n", "3: bad MAC address"},
+      {"library_version = \"+1. 2.3.4\"\n", "2: a version like"},
       {"[[device]]\n" + mac + "[[device]]\n" + mac,
        "4: two devices have the MAC address 00:1a:2b:3c:4d:5e"},
       {"[[device]]\n" + mac + "capabilities = [\"Flying\"]\n", "4: unknown capability \"Flying\""},
