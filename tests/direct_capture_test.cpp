@@ -27,9 +27,12 @@ TEST(DirectCapture, StartConfiguresANamedFileOrAFolderAndTheLastCounter) {
       {"--dir /x --pattern %N --count 4 --size 2147483647 --fileduration 3 --fullframes",
        "directory=\"/x\" pattern=\"%N\"", 0, 0x7FFFFFFF00000, 104857600, 4, 3, 1},
   };
+  // The start itself fails: the folders of the cases are not there.
+  const std::string unstarted = FaultToml("CorvaneAPIDiskDumpStart", -77);
+  const std::string failed = "Failed: cannot start capture\n";
   for (const StartCase& c : cases) {
-    const Simulation simulation(OneDevice(kStatisticsV2));
-    ExpectRun(simulation, "directcapture start " + c.arguments, "Capture started\n");
+    const Simulation simulation(OneDevice(kStatisticsV2) + unstarted);
+    ExpectRun(simulation, "directcapture start " + c.arguments, failed, 179);
     const bool named = c.texts.starts_with("file_name");
     const std::string function = named ? "DiskDumpSetConfig" : "DiskDumpSetConfigEx";
     EXPECT_EQ(Sent(simulation, function), Hex(c.loop, 4) + Hex(0, named ? 20 : 12) +
@@ -40,8 +43,8 @@ TEST(DirectCapture, StartConfiguresANamedFileOrAFolderAndTheLastCounter) {
     EXPECT_EQ(Work(simulation), "DiskDumpGetStatus " + function +
                                     " GetDeviceCapabilitiesEx SetCounterV2 DiskDumpStart ");
   }
-  const Simulation without(OneDevice(~kStatisticsV2));
-  ExpectRun(without, kStart, "Capture started\n");
+  const Simulation without(OneDevice(~kStatisticsV2) + unstarted);
+  ExpectRun(without, kStart, failed, 179);
   EXPECT_EQ(without.CallsOf("CorvaneAPISetCounterV2"), 0);
 }
 
@@ -52,7 +55,8 @@ TEST(DirectCapture, StartWantsANameOrAFolderAndNoOtherCapture) {
             "using --dir\n",
             251);
   EXPECT_EQ(Work(simulation), "");
-  ExpectRun(simulation, kStart, "Capture started\n");
+  const std::string start = "directcapture start --dir " + simulation.folder();
+  ExpectRun(simulation, start, "Capture started\n");
   ExpectRun(simulation, "directcapture start -o y", "Failed: capture is already started\n", 244);
   EXPECT_EQ(Work(simulation), "DiskDumpGetStatus ");
   ExpectRun(simulation, "directcapture stop", "Capture stopped\n");
