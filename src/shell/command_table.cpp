@@ -131,32 +131,32 @@ constexpr NodeSpec kCommands[] = {
 
 constexpr NodeSpec kRoot = Branch("", "Corvane command-line tool", kCommands);
 
-void* MakeArgument(const ParameterSpec& spec) {
-  const char* s = spec.short_option;
-  const char* l = spec.long_option;
-  switch (spec.kind) {
+void* MakeArgument(const ParameterSpec& row) {
+  const char* s = row.short_option;
+  const char* l = row.long_option;
+  switch (row.kind) {
     case ParameterKind::kFlag:
-      return arg_lit0(s, l, spec.glossary);
+      return arg_lit0(s, l, row.glossary);
     case ParameterKind::kInteger:
-      return arg_int0(s, l, spec.datatype, spec.glossary);
+      return arg_int0(s, l, row.datatype, row.glossary);
     case ParameterKind::kReal:
-      return arg_dbl0(s, l, spec.datatype, spec.glossary);
+      return arg_dbl0(s, l, row.datatype, row.glossary);
     case ParameterKind::kText:
-      return arg_str0(s, l, spec.datatype, spec.glossary);
+      return arg_str0(s, l, row.datatype, row.glossary);
     case ParameterKind::kFile:
-      return arg_file0(s, l, spec.datatype, spec.glossary);
+      return arg_file0(s, l, row.datatype, row.glossary);
     case ParameterKind::kRequiredFile:
-      return arg_file1(s, l, spec.datatype, spec.glossary);
+      return arg_file1(s, l, row.datatype, row.glossary);
     case ParameterKind::kPattern:
-      return arg_rex0(s, l, spec.pattern, spec.datatype, spec.flags, spec.glossary);
+      return arg_rex0(s, l, row.pattern, row.datatype, row.flags, row.glossary);
     case ParameterKind::kSwitch:
-      return OptionalSwitch(s, l, spec.glossary);
+      return OptionalSwitch(s, l, row.glossary);
   }
   return nullptr;
 }
 
-const NamedArg* MakeParameter(const ParameterSpec& spec) {
-  return MakeNamedArg(spec.key, MakeArgument(spec));
+const NamedArg* MakeParameter(const ParameterSpec& row) {
+  return MakeNamedArg(row.key, MakeArgument(row));
 }
 
 // The two device parameters, each made once and shared by all leaves that take it.
@@ -166,23 +166,23 @@ const NamedArg* DeviceParameter(DeviceChoice choice) {
   return choice == DeviceChoice::kOne ? one : one_or_all;
 }
 
-const CommandNode* MakeLeaf(const NodeSpec& spec) {
-  if (spec.device == DeviceChoice::kNone) {
-    return MakeNode(spec.name, spec.description, nullptr, nullptr, spec.handler);
+const CommandNode* MakeLeaf(const NodeSpec& row) {
+  if (row.device == DeviceChoice::kNone) {
+    return MakeNode(row.name, row.description, nullptr, nullptr, row.handler);
   }
-  auto* params = new const NamedArg* [spec.parameter_count + 2] {};
-  params[0] = DeviceParameter(spec.device);
-  for (size_t i = 0; i < spec.parameter_count; ++i) {
-    params[i + 1] = MakeParameter(spec.parameters[i]);
+  auto* params = new const NamedArg* [row.parameter_count + 2] {};
+  params[0] = DeviceParameter(row.device);
+  for (size_t i = 0; i < row.parameter_count; ++i) {
+    params[i + 1] = MakeParameter(row.parameters[i]);
   }
-  return MakeNode(spec.name, spec.description, nullptr, params, spec.handler);
+  return MakeNode(row.name, row.description, nullptr, params, row.handler);
 }
 
-const CommandNode* MakeTree(const NodeSpec& spec) {
-  if (spec.children == nullptr) return MakeLeaf(spec);
-  auto* children = new const CommandNode* [spec.child_count + 1] {};
-  for (size_t i = 0; i < spec.child_count; ++i) children[i] = MakeTree(spec.children[i]);
-  return MakeNode(spec.name, spec.description, children, nullptr, nullptr);
+const CommandNode* MakeTree(const NodeSpec& row) {
+  if (row.children == nullptr) return MakeLeaf(row);
+  auto* children = new const CommandNode* [row.child_count + 1] {};
+  for (size_t i = 0; i < row.child_count; ++i) children[i] = MakeTree(row.children[i]);
+  return MakeNode(row.name, row.description, children, nullptr, nullptr);
 }
 
 void ComposeCounterGlossary() {
