@@ -15,19 +15,15 @@
 
 namespace {
 
-constexpr size_t kReadSize = size_t{128} << 10;  // stays in a core's own cache
-
 int Usage() {
   fprintf(stderr, "capture_path IN OUT [slice BYTES | filter HOST PORT | pattern HEX32]\n");
   return 2;
 }
 
 pcap_t* OpenTrace(const char* path) {
-  FILE* file = fopen(path, "rb");
+  FILE* file = fopen(path, "rbm");  // mapped, as the simulator opens it
   if (file == nullptr) return nullptr;
-  static char buffer[kReadSize];
   __fsetlocking(file, FSETLOCKING_BYCALLER);  // no other thread reads it
-  setvbuf(file, buffer, _IOFBF, sizeof buffer);
   char error[PCAP_ERRBUF_SIZE];
   return pcap_fopen_offline_with_tstamp_precision(file, PCAP_TSTAMP_PRECISION_NANO, error);
 }

@@ -37,7 +37,6 @@ class FileReplay {
   int64_t DueTime(int64_t file_ns);
 
   PortSource source_;
-  std::unique_ptr<char[]> buffer_;  // of the open file, which it outlives
   Pcap pcap_;
   uint8_t port_ = 0;
   int64_t rate_ = 0;
