@@ -28,7 +28,9 @@ std::string FixedStatistics(uint32_t version) {
   record.timestamp = 1234567890123;
   record.sw_dropped = UINT64_MAX;
   if (version == 1) record.counters.v1 = {7000, 250, {{1, 2, 3, 4, 5, 6, 7}, {}}};
-  for (int i = 0; version == 2 && i < CORVANE_COUNTERS_V2; ++i) record.counters.v2[i] = 1000ULL * i;
+  for (uint64_t i = 0; version == 2 && i < CORVANE_COUNTERS_V2; ++i) {
+    record.counters.v2[i] = 1000 * i;
+  }
   return "statistics = \"" + Hex(record) + "\"\n";
 }
 
