@@ -2,6 +2,7 @@
 #include <cinttypes>
 #include <cstdio>
 
+#include "device/output.h"
 #include "device/report.h"
 #include "device/session.h"
 #include "device/status.h"
@@ -124,6 +125,8 @@ int Statistics(const CommandNode& leaf) {
   const bool continuous = IsGiven(leaf, "continuous");
   const int delay = std::max(0, Integer(leaf, "delay", kDefaultDelayMs));
   int status = kSuccess;
-  while (Report(session.device(), status) && continuous) Wait(static_cast<uint32_t>(delay));
+  while (Report(session.device(), status) && continuous && FlushOutput()) {
+    Wait(static_cast<uint32_t>(delay));
+  }
   return status;
 }

@@ -3,13 +3,14 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "device/output.h"
 #include "device/selection.h"
 #include "device/status.h"
 
 Session::Session() {
   if (CorvaneAPIInitialize() == kSuccess) return;
   puts("Failed to initialize Corvane API");
-  exit(kRejected);
+  exit(FinishOutput(kRejected));
 }
 
 Session::Session(const CommandNode& leaf) : Session() {

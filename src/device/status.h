@@ -3,6 +3,7 @@
 #pragma once
 
 inline constexpr int kSuccess = 0;
+inline constexpr int kOutputLost = 1;  // main() gives it in place of success
 inline constexpr int kRejected = -1;
 inline constexpr int kNoFirmwareFile = -3;
 inline constexpr int kNoDevice = -4;
@@ -17,6 +18,7 @@ struct StatusMeaning {
 
 inline constexpr StatusMeaning kStatusMeanings[] = {
     {kSuccess, "done"},
+    {kOutputLost, "done, but standard output could not be written; standard error says why"},
     {kRejected, "wrong command line (the usage is printed), or values that do not go together"},
     {kNoFirmwareFile, "an update without a firmware file"},
     {kNoDevice, "no such device"},

@@ -1,10 +1,9 @@
 #include "device/wait.h"
 
-#include <cstdio>
-
 #include "device/corvane_api.h"
+#include "device/output.h"
 
 void Wait(uint32_t milliseconds) {
-  fflush(stdout);
+  FlushOutput();
   CorvaneApiSleepMs(milliseconds);
 }

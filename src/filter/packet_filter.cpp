@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <cstring>
 
 #include "device/capabilities.h"
 #include "device/report.h"
@@ -212,8 +213,8 @@ int FilterSet(const CommandNode& leaf) {
   if (!session.has_device()) return kNoDevice;
   const uint32_t capabilities = CorvaneAPIGetDeviceCapabilitiesEx(session.device());
   if ((capabilities & kFilter) == 0) return Fail(kUnsupported, kFilterUnsupported);
-  return leaf.name == "disable" ? Disable(session.device())
-                                : Enable(leaf, session.device(), capabilities);
+  return strcmp(leaf.name, "disable") == 0 ? Disable(session.device())
+                                           : Enable(leaf, session.device(), capabilities);
 }
 
 int FilterShow(const CommandNode& leaf) {

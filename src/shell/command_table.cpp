@@ -170,7 +170,7 @@ const CommandNode* MakeLeaf(const NodeSpec& row) {
   if (row.device == DeviceChoice::kNone) {
     return MakeNode(row.name, row.description, nullptr, nullptr, row.handler);
   }
-  auto* params = new const NamedArg* [row.parameter_count + 2] {};
+  auto* params = KeptPointers<const NamedArg*>(row.parameter_count + 1);
   params[0] = DeviceParameter(row.device);
   for (size_t i = 0; i < row.parameter_count; ++i) {
     params[i + 1] = MakeParameter(row.parameters[i]);
@@ -180,7 +180,7 @@ const CommandNode* MakeLeaf(const NodeSpec& row) {
 
 const CommandNode* MakeTree(const NodeSpec& row) {
   if (row.children == nullptr) return MakeLeaf(row);
-  auto* children = new const CommandNode* [row.child_count + 1] {};
+  auto* children = KeptPointers<const CommandNode*>(row.child_count);
   for (size_t i = 0; i < row.child_count; ++i) children[i] = MakeTree(row.children[i]);
   return MakeNode(row.name, row.description, children, nullptr, nullptr);
 }

@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include <cstring>
+#include <new>
 
 #include "device/status.h"
 
@@ -21,10 +22,15 @@ void* EndMarker() {
   return marker;
 }
 
+const char* KeptText(const char* text) {
+  const size_t size = strlen(text) + 1;
+  return static_cast<const char*>(memcpy(KeptMemory(size), text, size));
+}
+
 void** MakeArgtable(const NamedArg* const* params) {
   size_t count = 0;
   while (params != nullptr && params[count] != nullptr) ++count;
-  void** argtable = new void*[count + 1];
+  void** argtable = KeptPointers<void*>(count);
   for (size_t i = 0; i < count; ++i) argtable[i] = params[i]->arg;
   argtable[count] = EndMarker();
   return argtable;
@@ -42,17 +48,32 @@ std::optional<std::string> CopyOf(const char* text) {
 
 }  // namespace
 
+// A run builds the whole tree for one command: a block of the program's own is the cheapest.
+void* KeptMemory(size_t size) {
+  constexpr size_t kBlockSize = 16384;
+  alignas(void*) static char block[kBlockSize];
+  static size_t used = 0;
+  const size_t room = (size + sizeof(void*) - 1) & ~(sizeof(void*) - 1);
+  if (room > kBlockSize - used) return new char[room]{};
+  used += room;
+  return block + used - room;
+}
+
 CommandNode* MakeNode(const char* name, const char* description, const CommandNode* const* children,
                       const NamedArg* const* params, Handler handler) {
   if (name == nullptr) return nullptr;
-  return new CommandNode{
-      name,   description == nullptr ? "" : description, children, params, MakeArgtable(params),
-      handler};
+  return new (KeptMemory(sizeof(CommandNode)))
+      CommandNode{KeptText(name),
+                  KeptText(description == nullptr ? "" : description),
+                  children,
+                  params,
+                  MakeArgtable(params),
+                  handler};
 }
 
 NamedArg* MakeNamedArg(const char* key, void* arg) {
   if (key == nullptr || arg == nullptr) return nullptr;
-  return new NamedArg{key, arg};
+  return new (KeptMemory(sizeof(NamedArg))) NamedArg{KeptText(key), arg};
 }
 
 void* OptionalSwitch(const char* short_option, const char* long_option, const char* glossary) {
@@ -68,7 +89,7 @@ void* MandatorySwitch(const char* short_option, const char* long_option, const c
 const NamedArg* FindParameter(const CommandNode& leaf, const char* key) {
   if (leaf.params == nullptr) return nullptr;
   for (const NamedArg* const* parameter = leaf.params; *parameter != nullptr; ++parameter) {
-    if ((*parameter)->key == key) return *parameter;
+    if (strcmp((*parameter)->key, key) == 0) return *parameter;
   }
   return nullptr;
 }

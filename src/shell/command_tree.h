@@ -4,6 +4,7 @@
 // The tree is built once, dispatched once and left to process exit; nothing in it is ever freed.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,25 +18,34 @@ using Handler = int (*)(const CommandNode& leaf);
 // One parameter of a leaf: the key that handlers look it up by (often, but not always, its long
 // option) and its argtable3 object, which is not owned.
 struct NamedArg {
-  std::string key;
+  const char* key;  // owned
   void* arg;
 };
 
 // A branch has children; a leaf has a handler and, unless it takes no parameters, params.
 struct CommandNode {
-  std::string name;  // empty for the root
-  std::string description;
+  const char* name;                    // owned; empty for the root
+  const char* description;             // owned; empty for none
   const CommandNode* const* children;  // null-terminated, referenced; null for a leaf
   const NamedArg* const* params;       // null-terminated, referenced; null for none
   void** argtable;                     // the params' objects in order, then an end marker; owned
   Handler handler;                     // null for a branch
 };
 
-// The node on the heap, never freed; null when name is null. A null description reads as "".
+// Memory for the tree: zeroed, aligned for pointers, never freed. Small pieces share a block.
+void* KeptMemory(size_t size);
+
+// A null-terminated array of count pointers to fill in.
+template <class Pointer>
+Pointer* KeptPointers(size_t count) {
+  return static_cast<Pointer*>(KeptMemory((count + 1) * sizeof(Pointer)));
+}
+
+// The node, with copies of its texts; null when name is null. A null description reads as "".
 CommandNode* MakeNode(const char* name, const char* description, const CommandNode* const* children,
                       const NamedArg* const* params, Handler handler);
 
-// The pair on the heap, never freed; null when key or arg is null.
+// The pair, with a copy of the key; null when key or arg is null.
 NamedArg* MakeNamedArg(const char* key, void* arg);
 
 // argtable3 objects of an on/off switch, optional or mandatory. The values are accepted in either

@@ -11,7 +11,7 @@ namespace {
 void PrintChildNames(const CommandNode& branch) {
   const char* separator = " <";
   for (const CommandNode* const* child = branch.children; *child != nullptr; ++child) {
-    printf("%s%s", separator, (*child)->name.c_str());
+    printf("%s%s", separator, (*child)->name);
     separator = "|";
   }
   printf(">\n\n");
@@ -20,13 +20,13 @@ void PrintChildNames(const CommandNode& branch) {
 void PrintChildren(const CommandNode& branch) {
   puts("Available commands :");
   for (const CommandNode* const* child = branch.children; *child != nullptr; ++child) {
-    printf("  %-20s\t%s\n", (*child)->name.c_str(), (*child)->description.c_str());
+    printf("  %-20s\t%s\n", (*child)->name, (*child)->description);
   }
 }
 
 const CommandNode* FindChild(const CommandNode& branch, const char* word) {
   for (const CommandNode* const* child = branch.children; *child != nullptr; ++child) {
-    if ((*child)->name == word) return *child;
+    if (strcmp((*child)->name, word) == 0) return *child;
   }
   return nullptr;
 }
@@ -53,7 +53,7 @@ int PrintUsage(const CommandNode& node, const std::string& path) {
   printf("Usage :\n  %s", path.c_str());
   if (node.children != nullptr) PrintChildNames(node);
   if (node.params != nullptr) arg_print_syntaxv(stdout, node.argtable, "\n\n");
-  printf("Description :\n  %s\n\n", node.description.c_str());
+  printf("Description :\n  %s\n\n", node.description);
   if (node.children != nullptr) PrintChildren(node);
   if (node.params != nullptr) {
     puts("Available parameters :");
@@ -63,7 +63,7 @@ int PrintUsage(const CommandNode& node, const std::string& path) {
 }
 
 int Dispatch(const CommandNode& node, int argc, char** argv, const std::string& prefix) {
-  const std::string path = node.name.empty() ? prefix : prefix + " " + node.name;
+  const std::string path = *node.name == '\0' ? prefix : prefix + " " + node.name;
   if (argc > 1 && strcmp(argv[1], "help") == 0) return PrintUsage(node, path);
   return node.children != nullptr ? DispatchBranch(node, argc, argv, path)
                                   : RunLeaf(node, argc, argv, path);

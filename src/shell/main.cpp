@@ -1,5 +1,7 @@
+#include "device/output.h"
 #include "shell/command_table.h"
 
 int main(int argc, char** argv) {
-  return Dispatch(BuildCommandTree(), argc, argv, argc > 0 ? argv[0] : "");
+  PrepareOutput();
+  return FinishOutput(Dispatch(BuildCommandTree(), argc, argv, argc > 0 ? argv[0] : ""));
 }

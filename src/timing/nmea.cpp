@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "device/output.h"
 #include "device/report.h"
 #include "device/session.h"
 #include "device/status.h"
@@ -13,8 +14,9 @@ namespace {
 constexpr int32_t kCapacity = 128;
 constexpr uint32_t kIdleMs = 1;
 
-// Copies the receiver's output until the library reports an error, and returns the result for it.
-// Every chunk is flushed: who reads a pipe gets a sentence when the receiver sends it.
+// Copies the receiver's output until the library reports an error, and returns the result for it,
+// or until nobody takes it any more. Every chunk is flushed: who reads a pipe gets a sentence when
+// the receiver sends it.
 int Stream(DeviceHandle device) {
   int32_t count = 0;
   char buffer[kCapacity + 1];
@@ -32,7 +34,7 @@ int Stream(DeviceHandle device) {
     }
     buffer[std::min(count, kCapacity)] = '\0';
     fputs(buffer, stdout);
-    fflush(stdout);
+    if (!FlushOutput()) return kSuccess;  // main() tells of it
   }
 }
 

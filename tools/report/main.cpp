@@ -1,5 +1,6 @@
 // corvane-report: reports of the utility on standard input become JSON or metrics on standard
 // output.
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -96,9 +97,12 @@ void Complain(size_t number, const char* problem, const std::string& line) {
           line.size() > kLongestQuote ? "..." : "");
 }
 
+// Says so when it cannot be written.
 void Write(const std::string& text) {
+  if (ferror(stdout) != 0) return;
   fwrite(text.data(), 1, text.size(), stdout);
-  fflush(stdout);
+  if (fflush(stdout) == 0) return;
+  fprintf(stderr, "corvane-report: cannot write to standard output: %s\n", strerror(errno));
 }
 
 // The exit status.
@@ -111,7 +115,7 @@ int Convert(const Options& options) {
   bool all_read = true;
   bool too_long = false;
   std::string line;
-  for (size_t number = 1; ReadInputLine(line, too_long); ++number) {
+  for (size_t number = 1; ferror(stdout) == 0 && ReadInputLine(line, too_long); ++number) {
     const char* problem = too_long ? "is too long" : parser.ReadLine(line);
     if (problem == nullptr) continue;
     Complain(number, problem, line);
