@@ -1,8 +1,8 @@
 /*
- * run_many ROUNDS FLOOR COMMAND [ARGUMENT...]
+ * run_many ROUNDS PEER [ARGUMENT...] -- COMMAND [ARGUMENT...]
  *
- * Runs the program FLOOR and COMMAND in turn, ROUNDS times each, and prints the medians of
- * COMMAND's cost as a ratio to FLOOR's: a line each "wall R", "cpu R" (user and system time) and
+ * Runs the programs PEER and COMMAND in turn, ROUNDS times each, and prints the medians of
+ * COMMAND's cost as a ratio to PEER's: a line each "wall R", "cpu R" (user and system time) and
  * "memory R" (peak resident set). Both run as they would on their own but for standard output,
  * which goes to /dev/null. Ends with status 1 when one of them cannot be run or fails.
  *
@@ -64,9 +64,9 @@ static bool Run(char** argv, Cost* cost) {
 }
 
 /* Each goes first in every other round. */
-static bool RunPair(int round, char** floor_argv, char** argv, Cost* floor, Cost* cost) {
-  if (round % 2 == 0) return Run(floor_argv, floor) && Run(argv, cost);
-  return Run(argv, cost) && Run(floor_argv, floor);
+static bool RunPair(int round, char** peer_argv, char** argv, Cost* peer, Cost* cost) {
+  if (round % 2 == 0) return Run(peer_argv, peer) && Run(argv, cost);
+  return Run(argv, cost) && Run(peer_argv, peer);
 }
 
 static int Compare(const void* a, const void* b) {
@@ -80,18 +80,18 @@ static double Median(double* values, int count) {
 }
 
 /* ratios: kMeasures rows of `rounds`. */
-static bool Measure(int rounds, char** floor_argv, char** argv, double* ratios) {
+static bool Measure(int rounds, char** peer_argv, char** argv, double* ratios) {
   Cost empty;
   if (!Run(NULL, &empty)) return false;
   for (int round = -kWarmUps; round < rounds; ++round) {
-    Cost floor, cost;
-    if (!RunPair(round, floor_argv, argv, &floor, &cost)) return false;
-    if (floor.of[kMemory] <= empty.of[kMemory]) {
-      fprintf(stderr, "run_many: is itself larger than %s\n", floor_argv[0]);
+    Cost peer, cost;
+    if (!RunPair(round, peer_argv, argv, &peer, &cost)) return false;
+    if (peer.of[kMemory] <= empty.of[kMemory]) {
+      fprintf(stderr, "run_many: is itself larger than %s\n", peer_argv[0]);
       return false;
     }
     for (int i = 0; i < kMeasures && round >= 0; ++i) {
-      ratios[i * rounds + round] = cost.of[i] / floor.of[i];
+      ratios[i * rounds + round] = cost.of[i] / peer.of[i];
     }
   }
   return true;
@@ -113,10 +113,19 @@ static FILE* TakeOutput(void) {
   return fdopen(kept, "w");
 }
 
+/* Ends the peer's words at the "--" and returns the words behind it; null when there are none. */
+static char** EndOfPeer(char** words) {
+  while (*words != NULL && strcmp(*words, "--") != 0) ++words;
+  if (*words == NULL || words[1] == NULL) return NULL;
+  *words = NULL;
+  return words + 1;
+}
+
 int main(int argc, char** argv) {
-  const int rounds = argc < 4 ? 0 : atoi(argv[1]);
-  if (rounds <= 0) {
-    fputs("usage: run_many ROUNDS FLOOR COMMAND [ARGUMENT...]\n", stderr);
+  const int rounds = argc < 5 ? 0 : atoi(argv[1]);
+  char** command_argv = rounds > 0 ? EndOfPeer(argv + 3) : NULL;
+  if (command_argv == NULL) {
+    fputs("usage: run_many ROUNDS PEER [ARGUMENT...] -- COMMAND [ARGUMENT...]\n", stderr);
     return 1;
   }
   double* ratios = calloc((size_t)rounds * kMeasures, sizeof *ratios);
@@ -126,8 +135,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   StayOnThisProcessor();
-  char* floor_argv[] = {argv[2], NULL};
-  if (!Measure(rounds, floor_argv, argv + 3, ratios)) return 1;
+  if (!Measure(rounds, argv + 2, command_argv, ratios)) return 1;
   for (int i = 0; i < kMeasures; ++i) {
     fprintf(output, "%s %.3f\n", kNames[i], Median(ratios + i * rounds, rounds));
   }

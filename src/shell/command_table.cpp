@@ -3,6 +3,7 @@
 #include <argtable3.h>
 
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 
 #include "device/corvane_api.h"
@@ -178,10 +179,22 @@ const CommandNode* MakeLeaf(const NodeSpec& row) {
   return MakeNode(row.name, row.description, nullptr, params, row.handler);
 }
 
-const CommandNode* MakeTree(const NodeSpec& row) {
+// The first words that lead from the node down; null for a node to be made with all below it.
+using Words = const char* const*;
+
+const CommandNode* MakeTree(const NodeSpec& row, Words words);
+
+// A child that the words do not lead to is there for its parent's help only.
+const CommandNode* MakeChild(const NodeSpec& row, Words words) {
+  if (words == nullptr) return MakeTree(row, nullptr);
+  if (*words != nullptr && strcmp(*words, row.name) == 0) return MakeTree(row, words + 1);
+  return MakeNode(row.name, row.description, nullptr, nullptr, nullptr);
+}
+
+const CommandNode* MakeTree(const NodeSpec& row, Words words) {
   if (row.children == nullptr) return MakeLeaf(row);
   auto* children = KeptPointers<const CommandNode*>(row.child_count);
-  for (size_t i = 0; i < row.child_count; ++i) children[i] = MakeTree(row.children[i]);
+  for (size_t i = 0; i < row.child_count; ++i) children[i] = MakeChild(row.children[i], words);
   return MakeNode(row.name, row.description, children, nullptr, nullptr);
 }
 
@@ -193,10 +206,12 @@ void ComposeCounterGlossary() {
 
 }  // namespace
 
+const CommandNode& BuildCommandTree(const char* const* words) {
+  ComposeCounterGlossary();
+  return *MakeTree(kRoot, words);
+}
+
 const CommandNode& BuildCommandTree() {
-  static const CommandNode* const root = [] {
-    ComposeCounterGlossary();
-    return MakeTree(kRoot);
-  }();
-  return *root;
+  static const CommandNode& root = BuildCommandTree(nullptr);
+  return root;
 }

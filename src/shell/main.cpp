@@ -3,5 +3,7 @@
 
 int main(int argc, char** argv) {
   PrepareOutput();
-  return FinishOutput(Dispatch(BuildCommandTree(), argc, argv, argc > 0 ? argv[0] : ""));
+  const bool named = argc > 0;
+  const CommandNode& root = BuildCommandTree(named ? argv + 1 : argv);
+  return FinishOutput(Dispatch(root, argc, argv, named ? argv[0] : ""));
 }
