@@ -13,10 +13,17 @@
 
 namespace {
 
-constexpr const char* kDpiUnsupported = "Your device does not support filtering";
+// Success when there is a device that can filter.
+int CheckDevice(const Session& session) {
+  if (!session.has_device()) return kNoDevice;
+  if (Supports(session.device(), kFilter)) return kSuccess;
+  return Fail(kUnsupported, "Your device does not support filtering");
+}
 
-int GetFilter(DeviceHandle device, DpiFilterRecord& filter) {
-  const int status = CorvaneAPIGetDpiFilter(device, &filter);
+int GetFilter(const Session& session, DpiFilterRecord& filter) {
+  int status = CheckDevice(session);
+  if (status != kSuccess) return status;
+  status = CorvaneAPIGetDpiFilter(session.device(), &filter);
   if (status != kSuccess) puts("Failed to get Corvane DPI Filter configuration");
   return status;
 }
@@ -63,10 +70,8 @@ bool ApplyMask(const CommandNode& leaf, DpiFilterRecord& filter) {
 
 int DpiEnable(const CommandNode& leaf) {
   const Session session(leaf);
-  if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kFilter)) return Fail(kUnsupported, kDpiUnsupported);
   DpiFilterRecord filter = {};
-  const int status = GetFilter(session.device(), filter);
+  const int status = GetFilter(session, filter);
   if (status != kSuccess) return status;
   filter.enabled = 1;
   if (!ApplyPattern(leaf, filter)) {
@@ -78,10 +83,8 @@ int DpiEnable(const CommandNode& leaf) {
 
 int DpiDisable(const CommandNode& leaf) {
   const Session session(leaf);
-  if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kFilter)) return Fail(kUnsupported, kDpiUnsupported);
   DpiFilterRecord filter = {};
-  const int status = GetFilter(session.device(), filter);
+  const int status = GetFilter(session, filter);
   if (status != kSuccess) return status;
   filter.enabled = 0;
   return SetFilter(session.device(), filter);
@@ -89,19 +92,17 @@ int DpiDisable(const CommandNode& leaf) {
 
 int DpiSave(const CommandNode& leaf) {
   const Session session(leaf);
-  if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kFilter)) return Fail(kUnsupported, kDpiUnsupported);
-  const int status = CorvaneAPISaveDpiFilter(session.device());
+  int status = CheckDevice(session);
+  if (status != kSuccess) return status;
+  status = CorvaneAPISaveDpiFilter(session.device());
   if (status != kSuccess) puts("Failed to save Corvane DPI Filter configuration");
   return status;
 }
 
 int DpiShow(const CommandNode& leaf) {
   const Session session(leaf);
-  if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kFilter)) return Fail(kUnsupported, kDpiUnsupported);
   DpiFilterRecord filter = {};
-  const int status = GetFilter(session.device(), filter);
+  const int status = GetFilter(session, filter);
   if (status != kSuccess) return status;
   puts("DPI Filter Configuration : ");
   printf("\tStatus : %s\n", EnabledOrDisabled(filter.enabled == 1));
