@@ -11,16 +11,21 @@
 
 namespace {
 
+constexpr long kNoIndex = -1;  // of a device that is not sought by its position
+
 bool HasMac(DeviceHandle device, const uint8_t* wanted) {
   uint8_t mac[CORVANE_MAC_SIZE] = {};
   if (CorvaneAPIGetDeviceMAC(device, mac) != kSuccess) return false;
   return memcmp(mac, wanted, sizeof mac) == 0;
 }
 
-// The first device for which matches(position, handle) holds.
+// The first device for which matches(position, handle) holds, of a list longer than the index.
 template <class Matches>
-DeviceHandle FindDevice(const DeviceList* devices, Matches matches) {
-  const DeviceNode* node = devices == nullptr ? nullptr : devices->first;
+DeviceHandle FindDevice(long index, Matches matches) {
+  WaitForDevices();
+  const DeviceListPtr devices = GetDevices();
+  if (devices == nullptr || index >= devices->count) return CORVANE_NO_DEVICE;
+  const DeviceNode* node = devices->first;
   for (long position = 0; node != nullptr; node = node->next, ++position) {
     if (matches(position, node->handle)) return node->handle;
   }
@@ -28,17 +33,12 @@ DeviceHandle FindDevice(const DeviceList* devices, Matches matches) {
 }
 
 DeviceHandle DeviceWithMac(const uint8_t* wanted) {
-  WaitForDevices();
-  return FindDevice(GetDevices().get(),
+  return FindDevice(kNoIndex,
                     [wanted](long, DeviceHandle device) { return HasMac(device, wanted); });
 }
 
 DeviceHandle DeviceAt(long index) {
-  WaitForDevices();
-  const DeviceListPtr devices = GetDevices();
-  if (devices == nullptr || index >= devices->count) return CORVANE_NO_DEVICE;
-  return FindDevice(devices.get(),
-                    [index](long position, DeviceHandle) { return position == index; });
+  return FindDevice(index, [index](long position, DeviceHandle) { return position == index; });
 }
 
 }  // namespace

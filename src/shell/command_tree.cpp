@@ -48,7 +48,7 @@ std::optional<std::string> CopyOf(const char* text) {
 
 }  // namespace
 
-// A run builds the whole tree for one command: a block of the program's own is the cheapest.
+// A run uses little of the tree that it builds: a block of the program's own is the cheapest.
 void* KeptMemory(size_t size) {
   constexpr size_t kBlockSize = 16384;
   alignas(void*) static char block[kBlockSize];
