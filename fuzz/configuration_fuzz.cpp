@@ -22,28 +22,24 @@ void CheckDevice(const DeviceConfiguration& device) {
   }
 }
 
-void CheckConfiguration(const Configuration& configuration) {
-  std::set<std::string> names;
-  for (const DeviceConfiguration& device : configuration.devices) {
-    CheckDevice(device);
-    Require(names.insert(device.name).second);
-  }
-  for (const Fault& fault : configuration.faults) {
-    Require(fault.status != 0 && fault.call >= 0 && !fault.function.empty());
-  }
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   ConfigurationError error;
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   const auto configuration = ReadConfiguration(text, "folder/sim.toml", error);
-  if (configuration) {
-    CheckConfiguration(*configuration);
-  } else {
+  if (!configuration) {
     Require(!error.reason.empty());
     Require(error.line <= 1 + std::count(text.begin(), text.end(), '\n'));
+    return 0;
+  }
+  std::set<std::string> names;
+  for (const DeviceConfiguration& device : configuration->devices) {
+    CheckDevice(device);
+    Require(names.insert(device.name).second);
+  }
+  for (const Fault& fault : configuration->faults) {
+    Require(fault.status != 0 && fault.call >= 0 && !fault.function.empty());
   }
   return 0;
 }

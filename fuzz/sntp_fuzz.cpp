@@ -1,5 +1,7 @@
 // An SNTP answer of any 48 octets: the seconds are exact, the nanoseconds as near as single
 // precision comes.
+#include <arpa/inet.h>
+
 #include <cstdlib>
 #include <cstring>
 
@@ -11,12 +13,6 @@ namespace {
 constexpr uint32_t kUnixEpoch = 2208988800;  // seconds since 1900
 constexpr int64_t kRounding = 31;            // ns: half a unit in the last place, and truncation
 
-uint32_t BigEndian(const uint8_t* octets) {
-  uint32_t word = 0;
-  for (int i = 0; i < 4; ++i) word = word << 8 | octets[i];
-  return word;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -25,9 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   uint32_t seconds = 0;
   uint32_t nanoseconds = 0;
   ReadSntpTime(packet, seconds, nanoseconds);
-  Require(BigEndian(packet + 40) - kUnixEpoch == seconds);
-  const uint64_t fraction = BigEndian(packet + 44);
-  const auto exact = static_cast<int64_t>(fraction * 1'000'000'000 >> 32);
+  uint32_t sent[2];
+  memcpy(sent, packet + 40, sizeof sent);
+  Require(ntohl(sent[0]) - kUnixEpoch == seconds);
+  const auto exact = static_cast<int64_t>(uint64_t{ntohl(sent[1])} * 1'000'000'000 >> 32);
   Require(llabs(exact - int64_t{nanoseconds}) <= kRounding);
   // A fraction next to 1 may round up to the whole second.
   Require(nanoseconds <= 1'000'000'000);

@@ -27,7 +27,8 @@ install_packages() {
     "${missing[@]}"
 }
 
-# build PRESET: configures and builds one preset of CMakePresets.json.
+# build PRESET [OPTION...]: configures and builds one preset of CMakePresets.json, with the options
+# of cmake --build.
 build() {
   local log
   say "Building the preset $1"
@@ -35,5 +36,5 @@ build() {
     printf '%s\n' "$log"
     return 1
   }
-  cmake --build --preset "$1"
+  cmake --build --preset "$@"
 }
