@@ -157,8 +157,12 @@ std::vector<uint8_t> Simulation::LastRecord(const std::string& function) const {
 }
 
 std::string ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::string text;
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  while (file >= 0 && Drain(file, text)) {
+  }
+  if (file >= 0) close(file);
+  return text;
 }
 
 void WriteFile(const std::string& path, const std::string& text) {

@@ -1,0 +1,75 @@
+// What is printed while a command runs: its reader has it at once.
+#include <csignal>
+
+#include "device/capabilities.h"
+#include "support/expectations.h"
+
+namespace {
+
+TEST(Stream, NmeaRunsUntilTheInterrupt) {
+  const Simulation simulation(OneDevice(kGps));
+  const Result result = simulation.Run("nmea", 2500);
+  EXPECT_EQ(result.status, 128 + SIGINT);
+  EXPECT_TRUE(result.out.starts_with("Corvane detected\n$GPRMC,")) << result.out;
+  EXPECT_TRUE(result.out.ends_with("\r\n"));
+  size_t size = strlen("Corvane detected\n");
+  for (const std::string& line : simulation.Lines("CorvaneAPIGPSOutputRead")) {
+    const size_t at = line.find(" count=");
+    if (at != std::string::npos) size += std::stoul(line.substr(at + 7));
+    EXPECT_NE(line.find(" capacity=128 "), std::string::npos);
+  }
+  EXPECT_EQ(result.out.size(), size);
+  EXPECT_GT(size, 3 * 128U);
+}
+
+TEST(Stream, AStatisticsReportComesBeforeEachSleep) {
+  const Simulation simulation(OneDevice(0, "statistics = \"" + Hex(1, 232) + "\""));
+  const std::string head = "Corvane detected\n";
+  const std::string report = simulation.Run("statistics").out.substr(head.size());
+  simulation.EmptyJournal();
+  const std::string out = simulation.Run("statistics --continuous --delay 200", 1000).out;
+  const int sleeps = simulation.CallsOf("CorvaneApiSleepMs milliseconds=200");
+  EXPECT_GE(sleeps, 2);
+  std::string expected = head;
+  for (int i = 0; i < sleeps; ++i) expected += report;
+  EXPECT_TRUE(out.starts_with(expected)) << out;
+}
+
+// The command to update with a file that fits the device.
+std::string UpdateWords(const Simulation& simulation) {
+  WriteFile(simulation.folder() + "/fw",
+            "CORVANE-FIRMWARE 1\ntype = 11\nsw_firmware = 1.9.0.0\n\n");
+  return "update --firmware " + simulation.folder() + "/fw";
+}
+
+const std::string kStarted =
+    "Corvane detected\n"
+    "Firmware update started. Do NOT unplug your device, do NOT interrupt the process.\n"
+    "If the process gets interrupted, do NOT unplug your device and try again.\n";
+
+TEST(Stream, AnUpdateShowsItsProgressToTheEnd) {
+  const Simulation simulation(OneDevice(0, "update = {duration_ms = 1500}"));
+  const std::string out = simulation.Run(UpdateWords(simulation)).out;
+  std::string expected = kStarted;
+  int turn = 0;
+  for (const std::string& line : simulation.Lines("CorvaneAPIFirmwareUpdateGetProgress")) {
+    const size_t at = line.find(" percent=") + 9;
+    if (!line.ends_with(" status=-13")) continue;
+    expected += "Progress : " + line.substr(at, line.find(' ', at) - at) + "% " +
+                "-\\|/"[turn++ % 4] + "  \r";
+  }
+  EXPECT_EQ(out, expected +
+                     "Progress : 100%  \nFirmware update success. Please disconnect and reconnect "
+                     "your device\n");
+  EXPECT_EQ(simulation.CallsOf("CorvaneApiSleepMs milliseconds=200"), turn);
+  const std::string start = simulation.Lines("CorvaneAPIFirmwareUpdateStart")[0];
+  EXPECT_TRUE(start.ends_with(" path=\"" + simulation.folder() + "/fw\" status=0")) << start;
+}
+
+TEST(Stream, AnUpdateIsSeenWhileItRuns) {
+  const Simulation simulation(OneDevice(0, "update = {duration_ms = 60000}"));
+  const std::string out = simulation.Run(UpdateWords(simulation), 1000).out;
+  EXPECT_TRUE(out.starts_with(kStarted + "Progress : 0% -  \r")) << out;
+}
+
+}  // namespace
