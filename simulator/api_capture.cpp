@@ -29,8 +29,8 @@ void SetRecordFact(Call& call, const char* name, const Record& record) {
 // False, with the record unchanged, when there is no such fact.
 template <class Record>
 bool RecordFact(Call& call, const char* name, Record& record) {
-  const auto bytes = call.state.Fact(call.device.name, name);
-  if (!bytes || bytes->size() != sizeof record) return false;
+  const auto bytes = call.state.Fact(call.device.name, name, sizeof record);
+  if (!bytes) return false;
   memcpy(&record, bytes->data(), sizeof record);
   return true;
 }
@@ -59,8 +59,9 @@ bool IsRunning(Call& call) {
 }
 
 std::string TextFact(Call& call, const char* name) {
-  const auto bytes = call.state.Fact(call.device.name, std::string("dump_") + name);
-  return bytes ? reinterpret_cast<const char*>(bytes->data()) : "";
+  const auto bytes =
+      call.state.Fact(call.device.name, std::string("dump_") + name, DeviceState::kAnySize);
+  return bytes ? std::string(bytes->begin(), std::find(bytes->begin(), bytes->end(), '\0')) : "";
 }
 
 void SetTexts(Call& call, std::initializer_list<DumpText> texts) {
@@ -135,6 +136,7 @@ int32_t StartDump(Call& call) {
   order.target = TargetOf(call, settings);
   std::copy(std::begin(call.device.ports), std::end(call.device.ports), order.source.ports);
   order.source.mix_rate = call.device.traffic_rate;
+  if (call.state.failed()) return kStateFailed;
   std::string reason;
   if (StartCapture(CapturePlaceOf(call), order, reason)) return CORVANE_OK;
   Complain("cannot start the capture: " + reason);

@@ -7,6 +7,7 @@
 namespace {
 
 HwFirmwaresDesc FirmwaresOf(const DeviceConfiguration& device) {
+  if (device.hw_firmwares_record) return *device.hw_firmwares_record;
   HwFirmwaresDesc firmwares = {};
   for (const std::string& name : device.hw_firmwares) {
     memcpy(firmwares.names[firmwares.count++], name.c_str(), name.size() + 1);
@@ -18,10 +19,8 @@ HwFirmwaresDesc FirmwaresOf(const DeviceConfiguration& device) {
 
 VersionRecord CurrentVersions(Call& call) {
   VersionRecord versions = call.device.versions;
-  const auto stored = call.state.Configuration(call.device.name, "versions");
-  if (stored && stored->size() == sizeof versions) {
-    memcpy(&versions, stored->data(), sizeof versions);
-  }
+  const auto stored = call.state.Configuration(call.device.name, "versions", sizeof versions);
+  if (stored) memcpy(&versions, stored->data(), sizeof versions);
   return versions;
 }
 

@@ -66,6 +66,19 @@ void FillBuffer(Call& call, GpsBuffer& buffer) {
   Trim(buffer.text);
 }
 
+// Copies what there is to read, no more than the capacity, and returns the count to tell of it.
+int32_t ReadOutput(Call& call, char* buffer, size_t capacity) {
+  if (const auto& given = call.device.gps_output) {
+    given->text.copy(buffer, capacity);
+    return given->count;
+  }
+  GpsBuffer& output = BufferOf(call);
+  FillBuffer(call, output);
+  const size_t size = output.text.copy(buffer, capacity);
+  output.text.erase(0, size);
+  return static_cast<int32_t>(size);
+}
+
 bool HasReceiver(const Call& call) {
   return (call.device.capabilities & kGps) != 0;
 }
@@ -88,12 +101,9 @@ int32_t CorvaneAPIGPSOutputRead(DeviceHandle device, char* buffer, int32_t capac
   return DeviceCall(__func__, device, Access::kRead, 0, arguments, [=](Call& call) -> int32_t {
     if (!HasReceiver(call)) return CORVANE_GPS_OUTPUT_NOT_SUPPORTED;
     if (buffer == nullptr || count == nullptr || capacity <= 0) return kInvalidArgument;
-    GpsBuffer& output = BufferOf(call);
-    FillBuffer(call, output);
-    const size_t size = output.text.copy(buffer, static_cast<size_t>(capacity));
-    output.text.erase(0, size);
-    *count = static_cast<int32_t>(size);
-    call.journal += " count=" + std::to_string(size) + HexArgument("record", buffer, size);
+    *count = ReadOutput(call, buffer, static_cast<size_t>(capacity));
+    const auto size = static_cast<size_t>(std::clamp(*count, 0, capacity));
+    call.journal += " count=" + std::to_string(*count) + HexArgument("record", buffer, size);
     return CORVANE_OK;
   });
 }

@@ -41,7 +41,8 @@ DeviceList* CorvaneAPIGetDevicesList(void) {
   for (const DeviceHandle handle : handles) owned->nodes.push_back({nullptr, handle});
   for (size_t i = 1; i < owned->nodes.size(); ++i) owned->nodes[i - 1].next = &owned->nodes[i];
   owned->list.first = owned->nodes.empty() ? nullptr : owned->nodes.data();
-  owned->list.count = static_cast<int32_t>(owned->nodes.size());
+  const auto count = static_cast<int32_t>(owned->nodes.size());
+  owned->list.count = OpenConfiguration().device_count.value_or(count);
   return &owned.release()->list;
 }
 

@@ -25,13 +25,17 @@ VersionRecord UpdatedVersions(Call& call, const FirmwareFile& firmware) {
   return versions;
 }
 
+void StoreUpdate(Call& call, const Update& update) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(&update);
+  call.state.SetFact(call.device.name, kUpdate, Bytes(bytes, bytes + sizeof update));
+}
+
 int32_t StartUpdate(Call& call, const FirmwareFile& firmware) {
   Update update = {HostMs(), UpdatedVersions(call, firmware), firmware.status};
   if (update.status == CORVANE_OK && firmware.type_code != call.device.type_code) {
     update.status = CORVANE_UPDATE_FILE_INVALID;
   }
-  const auto* bytes = reinterpret_cast<const uint8_t*>(&update);
-  call.state.SetFact(call.device.name, kUpdate, Bytes(bytes, bytes + sizeof update));
+  StoreUpdate(call, update);
   return CORVANE_OK;
 }
 
@@ -46,11 +50,16 @@ int32_t FinishUpdate(Call& call, const Update& update) {
 
 int32_t UpdateProgress(Call& call, int32_t& percent) {
   Update update;
-  const auto bytes = call.state.Fact(call.device.name, kUpdate);
-  if (!bytes || bytes->size() != sizeof update) return kInvalidArgument;
+  const auto bytes = call.state.Fact(call.device.name, kUpdate, sizeof update);
+  if (!bytes) return kInvalidArgument;
   memcpy(&update, bytes->data(), sizeof update);
   if (update.status != CORVANE_OK) return update.status;
-  const int64_t elapsed_ms = std::max(HostMs() - update.start_ms, int64_t{0});
+  const int64_t now_ms = HostMs();
+  if (update.start_ms > now_ms) {  // the host's clock was set back
+    update.start_ms = now_ms;
+    StoreUpdate(call, update);
+  }
+  const int64_t elapsed_ms = now_ms - std::max<int64_t>(0, update.start_ms);
   const bool running = elapsed_ms < call.device.update_ms;
   percent = running ? static_cast<int32_t>(elapsed_ms * 100 / call.device.update_ms) : 100;
   call.journal += " percent=" + std::to_string(percent);

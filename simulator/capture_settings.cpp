@@ -1,5 +1,7 @@
 #include "capture_settings.h"
 
+#include <cstring>
+
 #include "device_clock.h"
 
 CapturePlace CapturePlaceOf(const Call& call) {
@@ -7,7 +9,8 @@ CapturePlace CapturePlaceOf(const Call& call) {
 }
 
 CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames) {
-  CaptureSettings settings = {};
+  CaptureSettings settings;
+  memset(&settings, 0, sizeof settings);  // between the fields too: settings are compared
   PathSettings& path = settings.path;
   path.features = Current<FeaturesRecord>(call, "features");
   path.filter = Current<PacketFilterRecord>(call, "packet_filter");
@@ -20,7 +23,19 @@ CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames) {
   return settings;
 }
 
-void TellCapture(Call& call) {
+// First without keeping others from writing, for mostly there is nothing to tell. Then with it:
+// settings reach the capture in their order.
+void FollowConfiguration(Call& call) {
   const CapturePlace place = CapturePlaceOf(call);
-  if (CaptureIsRunning(place)) ChangeCapture(place, CurrentCaptureSettings(call, false));
+  for (const bool writing : {false, true}) {
+    if (!CaptureIsRunning(place)) return;
+    CaptureSettings settings;
+    if (call.state.Begin(writing)) settings = CurrentCaptureSettings(call, false);
+    if (writing && !call.state.failed()) ChangeCapture(place, settings);
+    if (!call.state.Commit()) {
+      ComplainOnce(call.state.failure());
+      return;
+    }
+    if (CaptureFollows(place, settings)) return;
+  }
 }

@@ -9,5 +9,6 @@ CapturePlace CapturePlaceOf(const Call& call);
 // The device's present configuration, as far as frames meet it.
 CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames);
 
-// Gives the capture of the device, when one runs, the present configuration.
-void TellCapture(Call& call);
+// Gives the capture of the device, when one runs, the present configuration, in transactions of its
+// own: to be called outside of one. Complains when it cannot.
+void FollowConfiguration(Call& call);

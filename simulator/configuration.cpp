@@ -1,6 +1,7 @@
 #include "configuration.h"
 
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,10 +20,7 @@ namespace {
 // ---- Devices
 
 bool ReadType(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  int64_t code = 0;
-  if (!ReadInteger(node, INT32_MIN, INT32_MAX, code, error)) return false;
-  device.type_code = static_cast<int32_t>(code);
-  return true;
+  return ReadInt32(node, device.type_code, error);
 }
 
 std::string MacText(const uint8_t* mac) {
@@ -90,7 +88,24 @@ bool ReadHwFirmware(Where node, DeviceConfiguration& device, ConfigurationError&
   return true;
 }
 
+// A record in hexadecimal digits that may stand beside keys for what is in it.
+template <class Record>
+bool ReadWhole(Where node, const char* name, Record& record, ConfigurationError& error) {
+  Bytes bytes(sizeof record);
+  if (!ReadRecord({name, sizeof record, {}}, node, bytes, error)) return false;
+  memcpy(&record, bytes.data(), sizeof record);
+  return true;
+}
+
+// Keys are read in alphabetical order: the versions given by themselves came before.
+bool ReadVersions(Where node, DeviceConfiguration& device, ConfigurationError& error) {
+  return ReadWhole(node, "versions", device.versions, error);
+}
+
 bool ReadHwFirmwares(Where node, DeviceConfiguration& device, ConfigurationError& error) {
+  if (node.is_string()) {
+    return ReadWhole(node, "hw_firmwares", device.hw_firmwares_record.emplace(), error);
+  }
   const auto* names = node.as_array();
   if (names == nullptr || names->size() > CORVANE_HW_FIRMWARES) {
     return RefuseValue(node, "an array of at most 4 firmware names is expected here", error);
@@ -118,8 +133,10 @@ constexpr Key<DeviceConfiguration> kDeviceKeys[] = {
     {"driver", ReadDriver},
     {"hw_firmware", ReadHwFirmware},
     {"hw_firmwares", ReadHwFirmwares},
+    {"versions", ReadVersions},
     {"boot_ms", ReadBootTime},
     {"gps", ReadGps},
+    {"gps_output", ReadGpsOutput},
     {"port_a", ReadPortA},
     {"port_b", ReadPortB},
     {"traffic", ReadTraffic},
@@ -178,10 +195,7 @@ bool ReadFaultCall(Where node, Fault& fault, ConfigurationError& error) {
 }
 
 bool ReadFaultStatus(Where node, Fault& fault, ConfigurationError& error) {
-  int64_t status = 0;
-  if (!ReadInteger(node, INT32_MIN, INT32_MAX, status, error)) return false;
-  fault.status = static_cast<int32_t>(status);
-  return true;
+  return ReadInt32(node, fault.status, error);
 }
 
 constexpr Key<Fault> kFaultKeys[] = {
@@ -218,8 +232,18 @@ bool ReadLibraryVersion(Where node, Configuration& configuration, ConfigurationE
   return true;
 }
 
+bool ReadLockWait(Where node, Configuration& configuration, ConfigurationError& error) {
+  return ReadInteger(node, 0, 3'600'000, configuration.lock_wait_ms, error);
+}
+
+bool ReadDeviceCount(Where node, Configuration& configuration, ConfigurationError& error) {
+  return ReadInt32(node, configuration.device_count.emplace(), error);
+}
+
 constexpr Key<Configuration> kFileKeys[] = {
     {"journal", ReadJournal},
+    {"device_count", ReadDeviceCount},
+    {"lock_wait_ms", ReadLockWait},
     {"library_version", ReadLibraryVersion},
 };
 

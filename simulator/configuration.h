@@ -19,6 +19,12 @@ struct GivenRecord {
   bool raw;  // given as a whole, in hexadecimal: served as it is, whatever the device would say
 };
 
+// What every read of the GPS output gives, whatever the receiver would say.
+struct GivenGpsOutput {
+  int32_t count = 0;  // of bytes, as the library claims it
+  std::string text;   // at most a read's 128 bytes
+};
+
 struct DeviceConfiguration {
   int32_t type_code = 0;
   uint8_t mac[CORVANE_MAC_SIZE] = {};
@@ -26,11 +32,13 @@ struct DeviceConfiguration {
   uint32_t capabilities = 0;
   VersionRecord versions = {};
   std::vector<std::string> hw_firmwares;
+  std::optional<HwFirmwaresDesc> hw_firmwares_record;  // given as a whole: goes before the names
   int64_t boot_ms = 0;          // how long the device is away after a restart
   GpsPosition position;         // of its GPS antenna
   int64_t traffic_rate = 1000;  // frames per second, both ports together
   int64_t update_ms = 3000;     // how long a firmware update takes
   PortSource ports[CORVANE_PORTS];
+  std::optional<GivenGpsOutput> gps_output;
   std::map<std::string, GivenRecord, std::less<>> records;  // by the layout's name
 };
 
@@ -44,9 +52,11 @@ struct Fault {
 };
 
 struct Configuration {
-  uint32_t library_version = 0;  // packed, lowest byte first
-  std::string journal;           // path; empty for none
+  uint32_t library_version = 0;   // packed, lowest byte first
+  std::string journal;            // path; empty for none
+  int64_t lock_wait_ms = 20'000;  // for other programs on the state: hundreds may stand in line
   std::vector<DeviceConfiguration> devices;
+  std::optional<int32_t> device_count;  // that the device list claims, whatever it has
   std::vector<Fault> faults;
 };
 

@@ -1,8 +1,10 @@
-// The [device.gps] table of a configuration file: where the device's antenna stands.
+// The GPS tables of a device in a configuration file: where its antenna stands, and what every read
+// of its output gives.
 #pragma once
 
 #include "configuration.h"
 #include "configuration_keys.h"
 
-// A reader of configuration_keys.h, for the table's node.
+// Readers of configuration_keys.h, for the tables' nodes.
 bool ReadGps(Where node, DeviceConfiguration& device, ConfigurationError& error);
+bool ReadGpsOutput(Where node, DeviceConfiguration& device, ConfigurationError& error);

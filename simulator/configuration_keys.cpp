@@ -19,6 +19,13 @@ bool ReadInteger(Where node, int64_t low, int64_t high, int64_t& value, Configur
   return true;
 }
 
+bool ReadInt32(Where node, int32_t& value, ConfigurationError& error) {
+  int64_t wide = 0;
+  if (!ReadInteger(node, INT32_MIN, INT32_MAX, wide, error)) return false;
+  value = static_cast<int32_t>(wide);
+  return true;
+}
+
 bool ReadText(Where node, std::string& value, ConfigurationError& error) {
   const auto* text = node.as_string();
   if (text == nullptr) return RefuseValue(node, "a text is expected here", error);

@@ -16,6 +16,7 @@ using Where = const toml::node&;
 bool RefuseValue(Where node, const std::string& reason, ConfigurationError& error);
 
 bool ReadInteger(Where node, int64_t low, int64_t high, int64_t& value, ConfigurationError& error);
+bool ReadInt32(Where node, int32_t& value, ConfigurationError& error);
 bool ReadReal(Where node, double low, double high, double& value, ConfigurationError& error);
 bool ReadText(Where node, std::string& value, ConfigurationError& error);
 

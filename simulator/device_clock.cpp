@@ -7,6 +7,8 @@ namespace {
 
 constexpr const char* kOffset = "clock_offset";
 constexpr const char* kSource = "clock_source";
+// More than any clock can be set ahead or behind; what is damaged must not overflow.
+constexpr int64_t kMostOffset = int64_t{1} << 62;
 
 }  // namespace
 
@@ -16,7 +18,7 @@ int64_t HostNs() {
 }
 
 int64_t ClockOffsetNs(Call& call) {
-  return NumberFact(call, kOffset);
+  return std::clamp(NumberFact(call, kOffset), -kMostOffset, kMostOffset);
 }
 
 int64_t DeviceNs(Call& call) {
@@ -24,7 +26,7 @@ int64_t DeviceNs(Call& call) {
 }
 
 std::optional<uint32_t> ClockSource(Call& call) {
-  if (!call.state.Fact(call.device.name, kSource)) return std::nullopt;
+  if (!call.state.Fact(call.device.name, kSource, sizeof(int64_t))) return std::nullopt;
   return static_cast<uint32_t>(NumberFact(call, kSource));
 }
 

@@ -23,9 +23,10 @@ struct DatabaseDeleter {
 
 class DeviceState {
  public:
-  // Opens the database in the folder, making both when they do not exist. Returns false with a
-  // reason for people when it cannot.
-  bool Open(const std::string& folder, std::string& reason);
+  // Opens the database in the folder, making both when they do not exist. Whatever has to wait for
+  // other programs does so for lock_wait_ms at most. Returns false with a reason for people when it
+  // cannot.
+  bool Open(const std::string& folder, int lock_wait_ms, std::string& reason);
   bool is_open() const { return database_ != nullptr; }
   void Close() { database_.reset(); }
 
@@ -36,13 +37,22 @@ class DeviceState {
   bool Commit();
   void Rollback();
 
+  // True when the database failed since Begin, or was found damaged; then why, for people.
+  bool failed() const { return !failure_.empty(); }
+  const std::string& failure() const { return failure_; }
+
+  // What is stored must have the size given, unless that is kAnySize: anything else is damage, of
+  // which nothing is returned.
+  static constexpr size_t kAnySize = static_cast<size_t>(-1);
+
   // The device's current record, else its saved one, else nothing.
-  std::optional<Bytes> Configuration(std::string_view device, std::string_view record);
+  std::optional<Bytes> Configuration(std::string_view device, std::string_view record,
+                                     size_t size = kAnySize);
   void SetConfiguration(std::string_view device, std::string_view record, const Bytes& bytes);
   // The device remembers the record from now on as it is.
   void SaveConfiguration(std::string_view device, std::string_view record);
 
-  std::optional<Bytes> Fact(std::string_view device, std::string_view name);
+  std::optional<Bytes> Fact(std::string_view device, std::string_view name, size_t size);
   void SetFact(std::string_view device, std::string_view name, const Bytes& bytes);
   void ForgetFact(std::string_view device, std::string_view name);
 
@@ -52,8 +62,12 @@ class DeviceState {
  private:
   void Run(const char* sql, std::initializer_list<std::string_view> texts,
            const Bytes* bytes = nullptr);
-  std::optional<Bytes> Find(const char* sql, std::initializer_list<std::string_view> texts);
+  // device and name: the first two texts of the statement, and the whole of them.
+  std::optional<Bytes> Find(const char* sql, std::string_view device, std::string_view name,
+                            size_t size);
+  void Fail(const std::string& reason);
 
   std::unique_ptr<sqlite3, DatabaseDeleter> database_;
-  bool failed_ = false;  // since Begin
+  std::string path_;
+  std::string failure_;  // the first since Begin
 };

@@ -3,15 +3,19 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <set>
 
 #include "capture_settings.h"
 #include "factory_records.h"
 #include "functions.h"
+#include "journal.h"
 
 std::string StateFolder() {
   if (const char* folder = getenv("CORVANE_SIM_STATE"); folder != nullptr && *folder != '\0') {
@@ -27,6 +31,11 @@ std::string StateFolder() {
 bool Complain(const std::string& text) {
   fprintf(stderr, "corvane-simulator: %s\n", text.c_str());
   return false;
+}
+
+bool ComplainOnce(const std::string& text) {
+  static std::set<std::string, std::less<>> told;
+  return told.insert(text).second && Complain(text);
 }
 
 namespace {
@@ -59,15 +68,10 @@ std::optional<Configuration> LoadConfiguration() {
   return configuration;
 }
 
-// One write a line, so that the lines of concurrent programs do not mix.
-void WriteJournal(const std::string& line) {
+void Journal(const std::string& line) {
   const std::string& path = TheLibrary().configuration.journal;
-  if (path.empty()) return;
-  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-  if (file < 0 || write(file, line.data(), line.size()) < 0) {
-    Complain("cannot write the journal " + path + ": " + strerror(errno));
-  }
-  if (file >= 0) close(file);
+  if (path.empty() || WriteJournal(path, line)) return;
+  ComplainOnce("cannot write the journal " + path + ": " + strerror(errno));
 }
 
 // The fault that this call of the function hits; null for none.
@@ -92,49 +96,89 @@ bool IsAway(Call& call) {
   return ahead > 0 && ahead <= call.device.boot_ms;
 }
 
-// The body inside its transaction.
+int32_t FailState(const DeviceState& state) {
+  ComplainOnce(state.failure());
+  return kStateFailed;
+}
+
+// The body inside its transaction. It does not run on a state that cannot be read: it may do more
+// than to change it.
 int32_t RunInTransaction(Call& call, Access access, const std::function<int32_t(Call&)>& body) {
-  if (!call.state.Begin(access == Access::kWrite)) return kStateFailed;
-  const int32_t status = IsAway(call) ? CORVANE_DEVICE_NOT_FOUND : body(call);
-  if (status == CORVANE_OK || status == CORVANE_UPDATE_IN_PROGRESS) {
-    // Before others may write: settings reach a running capture in their order.
-    if (access == Access::kWrite) TellCapture(call);
-    return call.state.Commit() ? status : kStateFailed;
+  if (!call.state.Begin(access == Access::kWrite)) return FailState(call.state);
+  int32_t status = IsAway(call) ? CORVANE_DEVICE_NOT_FOUND : CORVANE_OK;
+  if (status == CORVANE_OK && !call.state.failed()) status = body(call);
+  const bool well = status == CORVANE_OK || status == CORVANE_UPDATE_IN_PROGRESS;
+  if (!well && !call.state.failed()) {
+    call.state.Rollback();
+    return status;
   }
-  call.state.Rollback();
+  if (!call.state.Commit()) return FailState(call.state);
+  if (access == Access::kWrite) FollowConfiguration(call);
   return status;
 }
 
-// Devices that were never used before start now.
-bool StartDevices() {
+// True for a device that was never used, and for one that started later than now and is not away:
+// the host's clock was set back, and it would stand still until then.
+bool WantsStart(Call& call) {
+  return StartedMs(call) == 0 || StartedMs(call) > HostMs() + call.device.boot_ms;
+}
+
+// Calls the function for every device in one transaction.
+bool ForDevices(bool writing, const std::function<void(Call& call)>& function) {
   Library& library = TheLibrary();
   std::string unused;
-  std::vector<const DeviceConfiguration*> unstarted;
-  if (!library.state.Begin(false)) return false;
+  if (!library.state.Begin(writing)) return false;
   for (const DeviceConfiguration& device : library.configuration.devices) {
     Call call = {device, library.state, unused};
-    if (StartedMs(call) == 0) unstarted.push_back(&device);
-  }
-  if (!library.state.Commit()) return false;
-  if (unstarted.empty()) return true;
-  if (!library.state.Begin(true)) return false;
-  for (const DeviceConfiguration* device : unstarted) {
-    Call call = {*device, library.state, unused};
-    MarkStarted(call, HostMs());
+    function(call);
   }
   return library.state.Commit();
+}
+
+bool StartDevices() {
+  bool wanted = false;
+  if (!ForDevices(false, [&](Call& call) { wanted = wanted || WantsStart(call); })) return false;
+  return !wanted || ForDevices(true, [](Call& call) {
+    if (WantsStart(call)) MarkStarted(call, HostMs());
+  });
+}
+
+// In a program without standard streams the library's files would take their places, and what is
+// printed would go there.
+void FillStandardStreams() {
+  int file = open("/dev/null", O_RDWR);
+  while (file >= 0 && file <= STDERR_FILENO) file = dup(file);
+  if (file >= 0) close(file);
+}
+
+// A program that changed a configuration may have been killed before its capture knew.
+void FollowConfigurations() {
+  Library& library = TheLibrary();
+  std::string unused;
+  for (const DeviceConfiguration& device : library.configuration.devices) {
+    Call call = {device, library.state, unused};
+    FollowConfiguration(call);
+  }
 }
 
 }  // namespace
 
 bool OpenLibrary() {
   Library& library = TheLibrary();
+  FillStandardStreams();
   auto configuration = LoadConfiguration();
   if (!configuration) return false;
   library.configuration = std::move(*configuration);
   std::string reason;
-  if (!library.state.Open(StateFolder(), reason)) return Complain(reason);
-  return StartDevices() || Complain("cannot use the device state in " + StateFolder());
+  const auto lock_wait_ms = static_cast<int>(library.configuration.lock_wait_ms);
+  if (!library.state.Open(StateFolder(), lock_wait_ms, reason)) return Complain(reason);
+  if (!StartDevices()) {
+    Complain(library.state.failure());
+    CloseLibrary();
+    return false;
+  }
+  FollowConfigurations();
+  return true;
 }
 
 void CloseLibrary() {
@@ -179,7 +223,7 @@ int32_t DeviceCall(const char* function, DeviceHandle handle, Access access, uin
     Call call = {*device, library.state, line};
     status = RunInTransaction(call, access, body);
   }
-  WriteJournal(line + " status=" + std::to_string(status) + "\n");
+  Journal(line + " status=" + std::to_string(status) + "\n");
   return status;
 }
 
@@ -187,12 +231,13 @@ bool PlainCall(const char* function, const std::string& arguments, int32_t& stat
   const int64_t count = ++TheLibrary().calls[function];
   const Fault* fault = FindFault(function, "", count);
   status = fault == nullptr ? CORVANE_OK : fault->status;
-  WriteJournal(function + arguments + " status=" + std::to_string(status) + "\n");
+  Journal(function + arguments + " status=" + std::to_string(status) + "\n");
   return fault != nullptr;
 }
 
 Bytes CurrentRecord(Call& call, const char* record) {
-  if (auto stored = call.state.Configuration(call.device.name, record)) return *stored;
+  const size_t size = FindLayout(record)->size;
+  if (auto stored = call.state.Configuration(call.device.name, record, size)) return *stored;
   const auto initial = call.device.records.find(record);
   if (initial != call.device.records.end()) return initial->second.bytes;
   return FactoryRecord(record, call.device.capabilities);
@@ -209,7 +254,7 @@ int64_t HostMs() {
 }
 
 int64_t StartedMs(Call& call) {
-  return NumberFact(call, kStarted);
+  return std::max<int64_t>(0, NumberFact(call, kStarted));
 }
 
 void MarkStarted(Call& call, int64_t when_ms) {
@@ -223,19 +268,17 @@ Bytes FactOf(int64_t number) {
 }
 
 int64_t NumberFact(Call& call, const char* name) {
-  const auto bytes = call.state.Fact(call.device.name, name);
   int64_t number = 0;
-  if (bytes && bytes->size() == sizeof number) memcpy(&number, bytes->data(), sizeof number);
+  const auto bytes = call.state.Fact(call.device.name, name, sizeof number);
+  if (bytes) memcpy(&number, bytes->data(), sizeof number);
   return number;
 }
 
 bool AttachedDevices(std::vector<DeviceHandle>& handles) {
-  Library& library = TheLibrary();
-  if (!library.state.Begin(false)) return false;
-  std::string unused;
-  for (size_t i = 0; i < library.configuration.devices.size(); ++i) {
-    Call call = {library.configuration.devices[i], library.state, unused};
-    if (!IsAway(call)) handles.push_back(kFirstHandle + i);
-  }
-  return library.state.Commit();
+  DeviceHandle handle = kFirstHandle;
+  const bool well = ForDevices(false, [&](Call& call) {
+    if (!IsAway(call)) handles.push_back(handle);
+    ++handle;
+  });
+  return well || ComplainOnce(TheLibrary().state.failure());
 }

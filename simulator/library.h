@@ -16,7 +16,8 @@ inline constexpr int32_t kNotOpen = -20;       // the library is not initialised
 inline constexpr int32_t kNotSupported = -21;  // by this device
 inline constexpr int32_t kInvalidArgument =
     -22;  // a null pointer, an index out of range, nothing to act on
-inline constexpr int32_t kStateFailed = -23;    // the device state cannot be read or written
+// The device state cannot be read or written: a line on standard error says why.
+inline constexpr int32_t kStateFailed = -23;
 inline constexpr int32_t kCaptureRuns = -24;    // a direct capture runs already
 inline constexpr int32_t kCaptureFailed = -25;  // a direct capture cannot be started or stopped
 
@@ -31,8 +32,8 @@ enum class Access : uint8_t { kRead, kWrite };  // what the call does to the sta
 
 // Runs the body for the device as one transaction and returns its status, or fails before it: as a
 // fault demands, or because the library is not open, the device not there, a capability missing,
-// the state not to be had. A failing body leaves no trace in the state. Writes the journal line,
-// with the arguments given.
+// the state not to be had. A failing body leaves no trace in the state; a running capture follows
+// what a succeeding one changed. Writes the journal line, with the arguments given.
 int32_t DeviceCall(const char* function, DeviceHandle handle, Access access, uint32_t capabilities,
                    const std::string& arguments, const std::function<int32_t(Call& call)>& body);
 
@@ -48,7 +49,9 @@ bool PlainCall(const char* function, const std::string& arguments, int32_t& stat
 // " name=00ff..." for the journal.
 std::string HexArgument(const char* name, const void* bytes, size_t size);
 
-// The current record of the device: from its state, else from the configuration file, else zeroes.
+// The current record of the device: from its state, else from the configuration file, else as it
+// left the factory. It has the size of its layout in any case; when the state has it in another
+// one, the call fails in the end.
 Bytes CurrentRecord(Call& call, const char* record);
 
 // The same as a record of its type.
@@ -64,7 +67,8 @@ bool IsGivenRaw(const Call& call, const char* record);
 // Milliseconds since the epoch on the host's clock.
 int64_t HostMs();
 
-// When the device was started, in milliseconds since the epoch; later than now while it restarts.
+// When the device was started, in milliseconds since the epoch; later than now while it restarts,
+// or when the host's clock was set back. Never negative; 0 for a device that was never used.
 int64_t StartedMs(Call& call);
 void MarkStarted(Call& call, int64_t when_ms);
 
@@ -77,6 +81,8 @@ std::string StateFolder();
 
 // One line on standard error; returns false.
 bool Complain(const std::string& text);
+// The same, but each text once a process.
+bool ComplainOnce(const std::string& text);
 
 bool OpenLibrary();  // false with one line on standard error
 void CloseLibrary();
@@ -103,6 +109,7 @@ int32_t FillCall(const char* function, DeviceHandle handle, uint32_t capabilitie
     Out record = {};
     const int32_t status = body(call, record);
     if (status != CORVANE_OK) return status;
+    if (call.state.failed()) return kStateFailed;
     call.journal += HexArgument("record", &record, sizeof record);
     memcpy(out, &record, sizeof record);
     return int32_t{CORVANE_OK};

@@ -322,7 +322,9 @@ bool ReadHex(std::string_view text, Bytes& bytes) {
 bool ReadRecord(const RecordLayout& layout, const toml::node& node, Bytes& record,
                 ConfigurationError& error) {
   const auto* raw = node.as_string();
-  if (raw == nullptr) return WriteTable(layout.fields, node, record.data(), error);
+  if (raw == nullptr && !layout.fields.empty()) {
+    return WriteTable(layout.fields, node, record.data(), error);
+  }
   const Field whole = {layout.name, 0, layout.size, FieldKind::kBytes};
   return WriteBytes(whole, node, record.data(), error);
 }

@@ -45,8 +45,8 @@ struct ConfigurationError {
 };
 
 // Writes what the node gives into record (layout.size bytes, changed only where the node names a
-// field): a table of fields, or a string with the whole record in hexadecimal. False with the error
-// filled when a field is unknown or a value does not fit it.
+// field): a table of fields, when it has any, or a string with the whole record in hexadecimal.
+// False with the error filled when a field is unknown or a value does not fit it.
 bool ReadRecord(const RecordLayout& layout, const toml::node& node, Bytes& record,
                 ConfigurationError& error);
 

@@ -48,7 +48,7 @@ bool CapturePage::Open(const std::string& path) {
 pid_t CapturePage::Holder() const {
   struct flock lock = kWholeFile;
   if (fcntl(file_, F_GETLK, &lock) != 0 || lock.l_type == F_UNLCK) return 0;
-  return lock.l_pid;
+  return lock.l_pid > 0 ? lock.l_pid : -1;
 }
 
 bool CapturePage::is_there() const {

@@ -32,26 +32,26 @@ struct CaptureSettings {
   int64_t clock_offset_ns;  // the device's clock minus the host's
 };
 
-// A value with one writer at a time and any number of readers. A writer may die at any point.
+// A value with one writer at a time and any number of readers. A writer may die at any point: it
+// writes to the place that nobody reads, and what counts is the place of the last number.
 template <class Value>
 class SharedValue {
  public:
   void Store(const Value& value) {
-    const uint32_t odd = sequence_.load(std::memory_order_relaxed) | 1;
-    sequence_.store(odd, std::memory_order_relaxed);
+    const uint32_t next = sequence_.load(std::memory_order_relaxed) + 1;
     std::atomic_thread_fence(std::memory_order_release);
-    memcpy(&value_, &value, sizeof value);
-    sequence_.store(odd + 1, std::memory_order_release);
+    memcpy(&values_[next % 2], &value, sizeof value);
+    sequence_.store(next, std::memory_order_release);
   }
 
-  // What was stored last; of a writer that died meanwhile, whatever is there.
+  // What was stored last.
   Value Load() const {
     Value value;
     for (int i = 0; i < 1000; ++i) {
       const uint32_t before = sequence_.load(std::memory_order_acquire);
-      memcpy(&value, &value_, sizeof value);
+      memcpy(&value, &values_[before % 2], sizeof value);
       std::atomic_thread_fence(std::memory_order_acquire);
-      if (before % 2 == 0 && sequence_.load(std::memory_order_relaxed) == before) break;
+      if (sequence_.load(std::memory_order_relaxed) == before) break;
     }
     return value;
   }
@@ -61,7 +61,7 @@ class SharedValue {
 
  private:
   std::atomic<uint32_t> sequence_;
-  Value value_;
+  Value values_[2];
 };
 
 struct SharedCapture {
@@ -83,7 +83,7 @@ class CapturePage {
 
   // For all others. False when there is no page.
   bool Open(const std::string& path);
-  // The process that holds the page; 0 for none.
+  // The process that holds the page; 0 for none, -1 for one that cannot be told.
   pid_t Holder() const;
 
   // True until the file is removed.

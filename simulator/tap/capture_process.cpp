@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <span>
 
 namespace {
 
@@ -25,13 +26,14 @@ std::string PagePath(const CapturePlace& place) {
 
 // ---- In the background
 
-// Nothing of the program that started the capture stays open but the pipe to it.
+// Nothing of the program that started the capture stays open but the pipe to it. That program may
+// have as many files open as it can, its database among them.
 void Detach(int pipe_end) {
-  pipe_end = fcntl(pipe_end, F_DUPFD, kReportFile);
-  const int null = open("/dev/null", O_RDWR);
-  for (int standard = 0; standard < kReportFile; ++standard) dup2(null, standard);
   dup2(pipe_end, kReportFile);
   close_range(kReportFile + 1, ~0U, 0);
+  const int null = open("/dev/null", O_RDWR);
+  for (int standard = 0; standard < kReportFile; ++standard) dup2(null, standard);
+  if (null > kReportFile) close(null);
   prctl(PR_SET_NAME, "corvane-capture");
 }
 
@@ -108,7 +110,8 @@ bool StartCapture(const CapturePlace& place, const CaptureOrder& order, std::str
   close(ends[1]);
   const std::string told = ReadToEnd(ends[0]);
   close(ends[0]);
-  if (child > 0) waitpid(child, nullptr, 0);
+  while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+  }
   if (!told.empty()) reason = told;
   return told == "1";
 }
@@ -136,12 +139,20 @@ void ChangeCapture(const CapturePlace& place, const CaptureSettings& settings) {
   if (page.Open(PagePath(place)) && page.Holder() != 0) page.shared().settings.Store(settings);
 }
 
+bool CaptureFollows(const CapturePlace& place, const CaptureSettings& settings) {
+  CapturePage page;
+  if (!page.Open(PagePath(place)) || page.Holder() == 0) return true;
+  const CaptureSettings given = page.shared().settings.Load();
+  return std::ranges::equal(std::as_bytes(std::span(&given, 1)),
+                            std::as_bytes(std::span(&settings, 1)));
+}
+
 bool StopCapture(const CapturePlace& place) {
   CapturePage page;
   if (!page.Open(PagePath(place))) return true;
   const pid_t holder = page.Holder();
   if (holder == 0) return true;
-  if (kill(holder, SIGTERM) != 0 && errno != ESRCH) return false;
+  if (holder < 0 || (kill(holder, SIGTERM) != 0 && errno != ESRCH)) return false;
   for (int waited_ms = 0; waited_ms < kStopLimitMs; ++waited_ms) {
     if (page.Holder() != holder) return true;
     usleep(1000);

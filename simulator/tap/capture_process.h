@@ -26,6 +26,9 @@ CaptureReport ReadCapture(const CapturePlace& place);
 // whether CRCs are kept and frames are captured in full. Not to be called by two programs at once.
 void ChangeCapture(const CapturePlace& place, const CaptureSettings& settings);
 
+// True when no capture runs, or one to which these settings were given last.
+bool CaptureFollows(const CapturePlace& place, const CaptureSettings& settings);
+
 // Ends the capture, when one runs, and returns when its last file is complete. False when it does
 // not end.
 bool StopCapture(const CapturePlace& place);

@@ -2,17 +2,28 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 
 namespace {
 
 constexpr int64_t kNsPerMs = 1'000'000;
 constexpr int64_t kReportNs = 50 * kNsPerMs;
+constexpr int64_t kClockStepNs = 1000 * kNsPerMs;
 constexpr int kMostFrames = 1024;  // between two looks at the clock
 constexpr int kMostWaitMs = 50;
 
-int64_t HostClockNs() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
+template <class Clock>
+int64_t NowNs() {
+  const auto now = Clock::now().time_since_epoch();
   return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
+int64_t HostClockNs() {
+  return NowNs<std::chrono::system_clock>();
+}
+
+int64_t ClockAheadNs() {
+  return HostClockNs() - NowNs<std::chrono::steady_clock>();
 }
 
 // Adds up the counts, all of which are uint64_t.
@@ -34,6 +45,7 @@ bool CaptureRun::Open(const CaptureOrder& order, std::string& reason) {
   max_cache_ = order.target.max_cache;
   path_.emplace(settings_.path);
   const int64_t now_ns = HostClockNs();
+  clock_ahead_ns_ = ClockAheadNs();
   SourceSettings source = order.source;
   source.max_waiting = max_cache_;
   source.start_ns = now_ns;
@@ -110,6 +122,16 @@ CaptureReport CaptureRun::Report(CaptureState state, int64_t now_ns) {
   return report;
 }
 
+// The host's clock. When it was set, or the machine slept, the traffic goes on at the new time: it
+// neither stops until the old one nor makes up for the time between.
+int64_t CaptureRun::LookAtClock() {
+  const int64_t ahead_ns = ClockAheadNs();
+  const int64_t step_ns = ahead_ns - clock_ahead_ns_;
+  clock_ahead_ns_ = ahead_ns;
+  if (std::abs(step_ns) >= kClockStepNs) source_.ShiftClock(step_ns);
+  return HostClockNs();
+}
+
 void CaptureRun::Run(CapturePage& page, const volatile bool& stop) {
   SharedCapture& shared = page.shared();
   uint32_t followed = shared.settings.version();
@@ -118,7 +140,7 @@ void CaptureRun::Run(CapturePage& page, const volatile bool& stop) {
   bool written = true;
   Supply supply = Supply::kFrame;
   while (written && supply != Supply::kEnded && supply != Supply::kFailed && !writer_.ended()) {
-    const int64_t now_ns = HostClockNs();
+    const int64_t now_ns = LookAtClock();
     bool stops = stop;
     if (now_ns - reported_ns >= kReportNs || now_ns < reported_ns) {
       reported_ns = now_ns;

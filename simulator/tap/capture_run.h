@@ -30,6 +30,7 @@ class CaptureRun {
   Supply Pump(int64_t now_ns);
   bool Keep(const RawFrame& frame);
   void Follow(const CaptureSettings& settings);
+  int64_t LookAtClock();
   void CountLosses();
   void Finish(CapturePage& page, bool well);
 
@@ -38,7 +39,8 @@ class CaptureRun {
   TrafficSource source_;
   CaptureWriter writer_;
   std::optional<FramePath> path_;
-  PathCounts earlier_ = {};  // counted with earlier settings
+  PathCounts earlier_ = {};     // counted with earlier settings
+  int64_t clock_ahead_ns_ = 0;  // of the monotonic clock
   uint64_t received_[CORVANE_PORTS] = {};
   LostFrames source_lost_[CORVANE_PORTS] = {};
   uint64_t writer_lost_[CORVANE_PORTS] = {};  // frames

@@ -61,6 +61,13 @@ int64_t FileReplay::DueTime(int64_t file_ns) {
   return start_ns_ + file_ns - first_ns_ + shift_ns_;
 }
 
+void FileReplay::Shift(int64_t by_ns) {
+  if (keeps_times()) return;
+  start_ns_ += by_ns;
+  due_ns_ += by_ns;
+  frame_.time_ns += by_ns;
+}
+
 Supply FileReplay::Read() {
   pcap_pkthdr* header = nullptr;
   const u_char* bytes = nullptr;

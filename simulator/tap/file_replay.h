@@ -26,6 +26,8 @@ class FileReplay {
   // case.
   Supply Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame);
   int64_t due_ns() const { return due_ns_; }
+  // The clock was set: all times to come are later by so much, unless they are those of the file.
+  void Shift(int64_t by_ns);
   // The frames have the times of the file, not those of their arrival.
   bool keeps_times() const { return source_.pace == Pace::kFast; }
   const std::string& reason() const { return reason_; }  // of Supply::kFailed

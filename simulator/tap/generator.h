@@ -17,6 +17,8 @@ class Generator {
   // The next frame, when it is due; its bytes stay. due_ns is its time in any case.
   Supply Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame);
   int64_t due_ns() const { return due_ns_; }
+  // The clock was set: all times to come are later by so much.
+  void Shift(int64_t by_ns) { start_ns_ += by_ns, due_ns_ += by_ns; }
   LostFrames lost() const { return lost_; }
   uint64_t waiting(int64_t now_ns) const;  // bytes that are due and not yet fetched
 

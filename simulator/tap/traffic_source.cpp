@@ -76,12 +76,25 @@ bool TrafficSource::Look(Port& port, int64_t now_ns) {
   return false;
 }
 
-// True when no earlier frame can come from the other port. What is not live is never late.
+void TrafficSource::ShiftClock(int64_t by_ns) {
+  for (Port& port : ports_) {
+    std::visit(Overload{[](std::monostate&) {}, [](LiveInterface&) {},  // the kernel has the clock
+                        [&](auto& stream) { stream.Shift(by_ns); }},
+               port.stream);
+    const auto* replay = std::get_if<FileReplay>(&port.stream);
+    if (replay == nullptr || !replay->keeps_times()) port.frame.time_ns += by_ns;
+  }
+  if (clock_.end_ns != StreamClock{}.end_ns) clock_.end_ns += by_ns;
+}
+
+// True when no earlier frame can come from the other port. What is not live is never late. A frame
+// from the future is one from before the clock was set back.
 bool TrafficSource::IsSettled(const Port& port, const Port& other, int64_t now_ns) const {
   if (other.supply == Supply::kFrame) return port.frame.time_ns <= other.frame.time_ns;
   if (other.supply == Supply::kEnded) return true;
   const bool live = std::holds_alternative<LiveInterface>(other.stream);
-  return !live || port.frame.time_ns <= now_ns - LiveInterface::kDelayNs;
+  return !live || port.frame.time_ns <= now_ns - LiveInterface::kDelayNs ||
+         port.frame.time_ns > now_ns;
 }
 
 Supply TrafficSource::Next(int64_t now_ns, RawFrame& frame) {

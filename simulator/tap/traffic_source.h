@@ -30,6 +30,10 @@ class TrafficSource {
   // of a file that is replayed fast have the file's.
   void SetClockOffset(int64_t offset_ns) { clock_offset_ns_ = offset_ns; }
 
+  // The host's clock was set, forward by so much or back: the pace stays what it was, and frames to
+  // come have the new times.
+  void ShiftClock(int64_t by_ns);
+
   // No frames of later times are wanted: Next ends when those until then were given.
   void EndAt(int64_t end_ns) { clock_.end_ns = end_ns; }
 
