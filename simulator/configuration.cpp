@@ -11,6 +11,7 @@
 #include "configuration_gps.h"
 #include "configuration_keys.h"
 #include "configuration_ports.h"
+#include "configuration_records.h"
 #include "device/capabilities.h"
 #include "factory_records.h"
 #include "functions.h"

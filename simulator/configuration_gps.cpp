@@ -1,5 +1,7 @@
 #include "configuration_gps.h"
 
+#include "configuration_records.h"
+
 namespace {
 
 bool ReadLatitude(Where node, GpsPosition& position, ConfigurationError& error) {

@@ -1,11 +1,10 @@
 // The records as named fields, so that a configuration file can give them by name.
 #pragma once
 
-#include <toml++/toml.h>
-
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using Bytes = std::vector<uint8_t>;
@@ -43,12 +42,3 @@ struct ConfigurationError {
   uint32_t line = 0;  // 0 when no line is to blame
   std::string reason;
 };
-
-// Writes what the node gives into record (layout.size bytes, changed only where the node names a
-// field): a table of fields, when it has any, or a string with the whole record in hexadecimal.
-// False with the error filled when a field is unknown or a value does not fit it.
-bool ReadRecord(const RecordLayout& layout, const toml::node& node, Bytes& record,
-                ConfigurationError& error);
-
-// The bytes of a text of hexadecimal digits; false when it is not one.
-bool ReadHex(std::string_view text, Bytes& bytes);
