@@ -120,8 +120,10 @@ Finding FindStatus(const Session& session, const std::string& status) {
 Finding FindRecord(const Session& session, const std::string& text) {
   const Texts words = Split(text);
   const std::string sent = Sent(session.simulation, words[0]);
+  if (sent == "nothing") return {text, sent};
   const std::string record = sent.substr(0, sent.find(' '));
-  std::string before = Sent(session.simulation, "Get" + words[0].substr(3));
+  const bool is_set = words[0].starts_with("Set");
+  std::string before = is_set ? Sent(session.simulation, "Get" + words[0].substr(3)) : "";
   if (before.size() != record.size()) before.assign(record.size(), '0');
   std::string expected = before;
   std::string texts;
@@ -215,7 +217,7 @@ bool Fill(Texts& script, const std::string& name, const std::string& value) {
   return used;
 }
 
-// Runs a scenario with the cells of "| a | b |", which must all be in use.
+// Runs a scenario with the cells of "| a | b |": all must be in use, and no other.
 void RunRow(const Scenario& scenario, const std::string& row) {
   SCOPED_TRACE(row);
   Session session = {scenario, Simulation(""), {}};
@@ -226,11 +228,12 @@ void RunRow(const Scenario& scenario, const std::string& row) {
     cells[i].erase(cells[i].find_last_not_of(' ') + 1);
     EXPECT_TRUE(Fill(script, "{" + std::to_string(i) + "}", cells[i])) << "cell " << i;
   }
+  EXPECT_FALSE(Fill(script, "{" + std::to_string(std::max<size_t>(cells.size(), 2) - 1) + "}", ""));
   Fill(script, "{folder}", session.simulation.folder());
   std::string toml;
   size_t index = 0;
   for (; index < script.size() && !IsCommand(script[index]); ++index) toml += TomlOf(script[index]);
-  EXPECT_LT(index, script.size()) << "no command";
+  if (index == script.size()) Expect(session, 0, {"a command", "none"});
   const bool whole = toml.find("[[device]]") != std::string::npos;
   session.simulation.Configure(whole ? toml : scenario.toml + toml);
   while (index < script.size()) index = RunCommand(session, index);
