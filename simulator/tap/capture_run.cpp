@@ -83,14 +83,12 @@ bool CaptureRun::Keep(const RawFrame& frame) {
 
 // Frames until there are none for now, or so many that it is time to look up.
 Supply CaptureRun::Pump(int64_t now_ns) {
-  RawFrame frame;
-  for (int i = 0; i < kMostFrames; ++i) {
-    const Supply supply = source_.Next(now_ns, frame);
-    if (supply != Supply::kFrame) return supply;
-    if (!Keep(frame)) return Supply::kFailed;
-    if (writer_.ended()) return Supply::kEnded;
-  }
-  return Supply::kFrame;
+  bool well = true;
+  const Supply supply = source_.Drain(now_ns, kMostFrames, [&](const RawFrame& frame) {
+    well = Keep(frame);
+    return well && !writer_.ended();
+  });
+  return well ? supply : Supply::kFailed;
 }
 
 void CaptureRun::CountLosses() {

@@ -68,30 +68,58 @@ bool LiveInterface::Open(const PortSource& source, uint8_t port, uint64_t max_wa
   return true;
 }
 
-// libpcap gives a block back to the kernel after its last frame: the bytes are copied.
-void LiveInterface::Take(u_char* self, const pcap_pkthdr* header, const u_char* bytes) {
-  auto& live = *reinterpret_cast<LiveInterface*>(self);
-  memcpy(live.bytes_.get(), bytes, header->caplen);
-  const int64_t host_ns = header->ts.tv_sec * kSecond + header->ts.tv_usec;
-  live.frame_ = {live.bytes_.get(), header->caplen, header->len, live.port_, true, false, host_ns};
-  ++live.frames_;
-  live.total_bytes_ += header->len + kFcsSize;
+RawFrame LiveInterface::Count(const pcap_pkthdr& header, const uint8_t* bytes) {
+  ++frames_;
+  total_bytes_ += header.len + kFcsSize;
+  const int64_t host_ns = header.ts.tv_sec * kSecond + header.ts.tv_usec;
+  return {bytes, header.caplen, header.len, port_, true, false, host_ns};
 }
 
-// At the end the frames that the kernel does not show yet are waited for.
-Supply LiveInterface::Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame) {
-  const int count = pcap_dispatch(pcap_.get(), 1, Take, reinterpret_cast<u_char*>(this));
+// What it means that libpcap had none: at the end the frames that the kernel does not show yet are
+// waited for.
+Supply LiveInterface::WithoutFrame(int count, int64_t now_ns, const StreamClock& clock) {
   if (count < 0) {
     reason_ = name_ + ": " + pcap_geterr(pcap_.get());
     return Supply::kFailed;
   }
-  if (count == 0) {
-    const bool over = clock.end_ns <= now_ns - kDelayNs;
-    return over ? Supply::kEnded : Supply::kLater;
-  }
+  return clock.end_ns <= now_ns - kDelayNs ? Supply::kEnded : Supply::kLater;
+}
+
+// libpcap gives a block back to the kernel after its last frame: the bytes are copied.
+void LiveInterface::Copy(u_char* self, const pcap_pkthdr* header, const u_char* bytes) {
+  auto& live = *reinterpret_cast<LiveInterface*>(self);
+  memcpy(live.bytes_.get(), bytes, header->caplen);
+  live.frame_ = live.Count(*header, live.bytes_.get());
+}
+
+Supply LiveInterface::Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame) {
+  const int count = pcap_dispatch(pcap_.get(), 1, Copy, reinterpret_cast<u_char*>(this));
+  if (count <= 0) return WithoutFrame(count, now_ns, clock);
   if (frame_.time_ns > clock.end_ns) return Supply::kEnded;
   frame = frame_;
   return Supply::kFrame;
+}
+
+struct LiveInterface::Draining {
+  LiveInterface& live;
+  const StreamClock& clock;
+  const TakeFrame& take;
+  bool ended;
+};
+
+void LiveInterface::Give(u_char* draining, const pcap_pkthdr* header, const u_char* bytes) {
+  auto& to = *reinterpret_cast<Draining*>(draining);
+  if (to.ended) return;
+  RawFrame frame = to.live.Count(*header, bytes);
+  to.ended = frame.time_ns > to.clock.end_ns || !to.take(frame);
+}
+
+Supply LiveInterface::Drain(int64_t now_ns, const StreamClock& clock, int most,
+                            const TakeFrame& take) {
+  Draining draining = {*this, clock, take, false};
+  const int count = pcap_dispatch(pcap_.get(), most, Give, reinterpret_cast<u_char*>(&draining));
+  if (count <= 0) return WithoutFrame(count, now_ns, clock);
+  return draining.ended ? Supply::kEnded : Supply::kFrame;
 }
 
 LostFrames LiveInterface::lost() {

@@ -20,6 +20,10 @@ class LiveInterface {
 
   // The next frame that is there; its bytes stay until the next call.
   Supply Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame);
+
+  // Gives the frames that are there, so many at most, without copying them: the bytes stay for as
+  // long as take runs. Ends when take returns false; kFrame when more may be there.
+  Supply Drain(int64_t now_ns, const StreamClock& clock, int most, const TakeFrame& take);
   const std::string& reason() const { return reason_; }  // of Supply::kFailed
   // Frames for which the ring had no room. The kernel does not tell their lengths: they are taken
   // as long as the others on average.
@@ -28,7 +32,12 @@ class LiveInterface {
   int descriptor() const;
 
  private:
-  static void Take(u_char* self, const pcap_pkthdr* header, const u_char* bytes);
+  struct Draining;
+
+  static void Copy(u_char* self, const pcap_pkthdr* header, const u_char* bytes);
+  static void Give(u_char* draining, const pcap_pkthdr* header, const u_char* bytes);
+  RawFrame Count(const pcap_pkthdr& header, const uint8_t* bytes);
+  Supply WithoutFrame(int count, int64_t now_ns, const StreamClock& clock);
 
   Pcap pcap_;
   std::string name_;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 
 #include "frame.h"
@@ -13,6 +14,9 @@ enum class Supply : uint8_t {
   kEnded,  // there will be none any more
   kFailed  // nor will there be, for a reason
 };
+
+// Takes a frame, which it may change; returns false when no more are wanted.
+using TakeFrame = std::function<bool(RawFrame& frame)>;
 
 // When a source runs.
 struct StreamClock {

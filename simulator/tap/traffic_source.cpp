@@ -112,6 +112,34 @@ Supply TrafficSource::Next(int64_t now_ns, RawFrame& frame) {
   return ended ? Supply::kEnded : Supply::kLater;
 }
 
+// The interface whose frames are all that there can be: they need not wait for others.
+LiveInterface* TrafficSource::OnlySource() {
+  for (int i = 0; i < 2; ++i) {
+    const bool alone = std::holds_alternative<std::monostate>(ports_[1 - i].stream);
+    auto* live = std::get_if<LiveInterface>(&ports_[i].stream);
+    if (alone && live != nullptr) return live;
+  }
+  return nullptr;
+}
+
+Supply TrafficSource::Drain(int64_t now_ns, int most, const TakeFrame& take) {
+  if (LiveInterface* live = OnlySource(); live != nullptr) {
+    const Supply supply = live->Drain(now_ns, clock_, most, [&](RawFrame& frame) {
+      frame.time_ns += clock_offset_ns_;
+      return take(frame);
+    });
+    if (supply == Supply::kFailed) reason_ = live->reason();
+    return supply;
+  }
+  RawFrame frame;
+  for (int i = 0; i < most; ++i) {
+    const Supply supply = Next(now_ns, frame);
+    if (supply != Supply::kFrame) return supply;
+    if (!take(frame)) return Supply::kEnded;
+  }
+  return Supply::kFrame;
+}
+
 // A short sleep first: what comes meanwhile is then taken in one go, which is much cheaper.
 void TrafficSource::Wait(int64_t now_ns, int most_ms) const {
   int64_t wait_ns = most_ms * kNsPerMs;

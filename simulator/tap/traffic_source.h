@@ -21,9 +21,10 @@ class TrafficSource {
   // False with the reason, naming the port, when a source cannot be opened. To be called once.
   bool Open(const SourceSettings& settings, std::string& reason);
 
-  // The next frame of both ports, when there is one; its bytes stay until the next call. A frame of
-  // a live interface's other port may wait until nothing earlier can come.
-  Supply Next(int64_t now_ns, RawFrame& frame);
+  // Gives the next frames of both ports, so many at most; the bytes of each stay for as long as
+  // take runs. A frame of a live interface's other port may wait until nothing earlier can come.
+  // Returns kFrame when more may be there, and kEnded after take has returned false.
+  Supply Drain(int64_t now_ns, int most, const TakeFrame& take);
   const std::string& reason() const { return reason_; }  // of Supply::kFailed
 
   // The device's clock minus the host's. The frames have the times of the device's clock, but those
@@ -54,6 +55,8 @@ class TrafficSource {
 
   bool OpenPort(const SourceSettings& settings, uint8_t port, uint64_t max_waiting,
                 std::string& reason);
+  LiveInterface* OnlySource();
+  Supply Next(int64_t now_ns, RawFrame& frame);
   bool Look(Port& port, int64_t now_ns);
   bool IsSettled(const Port& port, const Port& other, int64_t now_ns) const;
 
