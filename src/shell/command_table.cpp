@@ -17,8 +17,8 @@ enum class DeviceChoice : uint8_t { kNone, kOne, kOneOrAll };
 // One node of the tree as data. A branch has children, a leaf a handler; a leaf without a device
 // choice has no parameters at all.
 struct NodeSpec {
-  const char* name;
-  const char* description;
+  TableText<20> name;
+  TableText<52> description;
   const NodeSpec* children;
   size_t child_count;
   DeviceChoice device;
@@ -132,32 +132,44 @@ constexpr NodeSpec kCommands[] = {
 
 constexpr NodeSpec kRoot = Branch("", "Corvane command-line tool", kCommands);
 
+const char* CounterGlossary() {
+  static char glossary[128];
+  snprintf(glossary, sizeof glossary,
+           "Index of the counter to be configured; possible values are from 0 to %d except for %d",
+           CORVANE_COUNTERS_V2, CORVANE_COUNTERS_V2 - 1);
+  return glossary;
+}
+
 void* MakeArgument(const ParameterSpec& row) {
-  const char* s = row.short_option;
-  const char* l = row.long_option;
+  const char* s = row.short_option.OrNull();
+  const char* l = row.long_option.OrNull();
+  const char* datatype = row.datatype.OrNull();
+  const char* glossary = row.glossary.text;
   switch (row.kind) {
     case ParameterKind::kFlag:
-      return arg_lit0(s, l, row.glossary);
+      return arg_lit0(s, l, glossary);
     case ParameterKind::kInteger:
-      return arg_int0(s, l, row.datatype, row.glossary);
+      return arg_int0(s, l, datatype, glossary);
+    case ParameterKind::kCounterIndex:
+      return arg_int0(s, l, datatype, CounterGlossary());
     case ParameterKind::kReal:
-      return arg_dbl0(s, l, row.datatype, row.glossary);
+      return arg_dbl0(s, l, datatype, glossary);
     case ParameterKind::kText:
-      return arg_str0(s, l, row.datatype, row.glossary);
+      return arg_str0(s, l, datatype, glossary);
     case ParameterKind::kFile:
-      return arg_file0(s, l, row.datatype, row.glossary);
+      return arg_file0(s, l, datatype, glossary);
     case ParameterKind::kRequiredFile:
-      return arg_file1(s, l, row.datatype, row.glossary);
+      return arg_file1(s, l, datatype, glossary);
     case ParameterKind::kPattern:
-      return arg_rex0(s, l, row.pattern, row.datatype, row.flags, row.glossary);
+      return arg_rex0(s, l, row.pattern.text, datatype, row.flags, glossary);
     case ParameterKind::kSwitch:
-      return OptionalSwitch(s, l, row.glossary);
+      return OptionalSwitch(s, l, glossary);
   }
   return nullptr;
 }
 
 const NamedArg* MakeParameter(const ParameterSpec& row) {
-  return MakeNamedArg(row.key, MakeArgument(row));
+  return MakeNamedArg(row.key.text, MakeArgument(row));
 }
 
 // The two device parameters, each made once and shared by all leaves that take it.
@@ -169,14 +181,14 @@ const NamedArg* DeviceParameter(DeviceChoice choice) {
 
 const CommandNode* MakeLeaf(const NodeSpec& row) {
   if (row.device == DeviceChoice::kNone) {
-    return MakeNode(row.name, row.description, nullptr, nullptr, row.handler);
+    return MakeNode(row.name.text, row.description.text, nullptr, nullptr, row.handler);
   }
   auto* params = KeptPointers<const NamedArg*>(row.parameter_count + 1);
   params[0] = DeviceParameter(row.device);
   for (size_t i = 0; i < row.parameter_count; ++i) {
     params[i + 1] = MakeParameter(row.parameters[i]);
   }
-  return MakeNode(row.name, row.description, nullptr, params, row.handler);
+  return MakeNode(row.name.text, row.description.text, nullptr, params, row.handler);
 }
 
 // The first words that lead from the node down; null for a node to be made with all below it.
@@ -187,27 +199,20 @@ const CommandNode* MakeTree(const NodeSpec& row, Words words);
 // A child that the words do not lead to is there for its parent's help only.
 const CommandNode* MakeChild(const NodeSpec& row, Words words) {
   if (words == nullptr) return MakeTree(row, nullptr);
-  if (*words != nullptr && strcmp(*words, row.name) == 0) return MakeTree(row, words + 1);
-  return MakeNode(row.name, row.description, nullptr, nullptr, nullptr);
+  if (*words != nullptr && strcmp(*words, row.name.text) == 0) return MakeTree(row, words + 1);
+  return MakeNode(row.name.text, row.description.text, nullptr, nullptr, nullptr);
 }
 
 const CommandNode* MakeTree(const NodeSpec& row, Words words) {
   if (row.children == nullptr) return MakeLeaf(row);
   auto* children = KeptPointers<const CommandNode*>(row.child_count);
   for (size_t i = 0; i < row.child_count; ++i) children[i] = MakeChild(row.children[i], words);
-  return MakeNode(row.name, row.description, children, nullptr, nullptr);
-}
-
-void ComposeCounterGlossary() {
-  snprintf(counter_glossary, sizeof counter_glossary,
-           "Index of the counter to be configured; possible values are from 0 to %d except for %d",
-           CORVANE_COUNTERS_V2, CORVANE_COUNTERS_V2 - 1);
+  return MakeNode(row.name.text, row.description.text, children, nullptr, nullptr);
 }
 
 }  // namespace
 
 const CommandNode& BuildCommandTree(const char* const* words) {
-  ComposeCounterGlossary();
   return *MakeTree(kRoot, words);
 }
 

@@ -38,7 +38,7 @@ void* KeptMemory(size_t size);
 // A null-terminated array of count pointers to fill in.
 template <class Pointer>
 Pointer* KeptPointers(size_t count) {
-  return static_cast<Pointer*>(KeptMemory((count + 1) * sizeof(Pointer)));
+  return static_cast<Pointer*>(KeptMemory((count + 1) * sizeof(void*)));
 }
 
 // The node, with copies of its texts; null when name is null. A null description reads as "".

@@ -5,11 +5,28 @@
 // So do the patterns: "[0-1a-fA-F]" admits no digit but 0 and 1.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+
+// A text that lies in the table itself: pointers would have to be relocated at every start, which
+// costs a run more than the command does. One that is too long does not compile.
+template <size_t kSize>
+struct TableText {
+  char text[kSize] = {};
+
+  constexpr TableText(const char* from) {  // NOLINT(google-explicit-constructor): reads as a text
+    for (size_t i = 0; from != nullptr && from[i] != '\0'; ++i) {
+      text[i] = from[i];
+      text[i + 1] = '\0';
+    }
+  }
+  constexpr const char* OrNull() const { return *text == '\0' ? nullptr : text; }
+};
 
 enum class ParameterKind : uint8_t {
   kFlag,
   kInteger,
+  kCounterIndex,  // an integer, whose glossary is composed when the program runs
   kReal,
   kText,
   kFile,
@@ -18,14 +35,15 @@ enum class ParameterKind : uint8_t {
   kSwitch
 };
 
+// Empty is what there is none of.
 struct ParameterSpec {
-  const char* key;
-  const char* short_option;
-  const char* long_option;
+  TableText<20> key;
+  TableText<2> short_option;
+  TableText<20> long_option;
   ParameterKind kind;
-  const char* datatype;
-  const char* glossary;
-  const char* pattern;
+  TableText<28> datatype;
+  TableText<180> glossary;
+  TableText<28> pattern;
   int flags;
 };
 
@@ -142,11 +160,8 @@ inline constexpr ParameterSpec kStatisticsParameters[] = {
     IntegerSpec("delay", "<delay>", "Delay between two refreshes in ms (defaults to 1000)."),
 };
 
-// The counter glossary, composed once the program runs (command_table.cpp).
-inline char counter_glossary[128];
-
 inline constexpr ParameterSpec kCounterParameters[] = {
-    IntegerSpec("counter", "<counter>", counter_glossary),
+    {"counter", nullptr, "counter", ParameterKind::kCounterIndex, "<counter>", nullptr, nullptr, 0},
     FlagSpec("packets", "Count the values in packets"),
     FlagSpec("bytes", "Count the values in bytes"),
     SwitchSpec("porta", "Count the values for port A"),
