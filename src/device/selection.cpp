@@ -64,7 +64,7 @@ DeviceHandle ResolveDevice(const char* text) {
 }
 
 DeviceHandle DefaultDevice() {
-  return ResolveDevice("0");
+  return DeviceAt(0);
 }
 
 DeviceHandle SelectDevice(const CommandNode& leaf) {

@@ -174,9 +174,12 @@ const NamedArg* MakeParameter(const ParameterSpec& row) {
 
 // The two device parameters, each made once and shared by all leaves that take it.
 const NamedArg* DeviceParameter(DeviceChoice choice) {
-  static const NamedArg* const one = MakeParameter(kOneDevice);
-  static const NamedArg* const one_or_all = MakeParameter(kOneDeviceOrAll);
-  return choice == DeviceChoice::kOne ? one : one_or_all;
+  static const NamedArg* one = nullptr;
+  static const NamedArg* one_or_all = nullptr;
+  const bool is_one = choice == DeviceChoice::kOne;
+  const NamedArg*& made = is_one ? one : one_or_all;
+  if (made == nullptr) made = MakeParameter(is_one ? kOneDevice : kOneDeviceOrAll);
+  return made;
 }
 
 const CommandNode* MakeLeaf(const NodeSpec& row) {

@@ -18,7 +18,8 @@ constexpr int kSwitchFlags = 3;
 // The end marker that argtable3 wants after a leaf's objects. Only one leaf is parsed in a run, so
 // one marker does for all.
 void* EndMarker() {
-  static void* const marker = arg_end(kMostErrors);
+  static void* marker = nullptr;
+  if (marker == nullptr) marker = arg_end(kMostErrors);
   return marker;
 }
 

@@ -24,10 +24,7 @@ END
 : >$ZDOTDIR/notes
 zpty -b shell 'TERM=dumb zsh -d -i'
 zpty -w -n shell "$2"$'\x14'
-for ((wait = 0; wait < 1000; ++wait)); do
-  [[ ! -e $ZDOTDIR/done ]] || break
-  sleep 0.01
-done
+for ((wait = 0; wait < 1000; ++wait)); do [[ -e $ZDOTDIR/done ]] && break || sleep 0.01; done
 zpty -d shell
 cat $ZDOTDIR/notes
 rm -r $ZDOTDIR
