@@ -2,13 +2,22 @@
 
 #include <stdio_ext.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 
 namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;
+// In 2067. A file may claim any time; of such ones three can be added up.
+constexpr int64_t kLatestNs = std::numeric_limits<int64_t>::max() / 3;
+
+int64_t TimeOf(const pcap_pkthdr& header) {
+  const int64_t seconds = std::clamp<int64_t>(header.ts.tv_sec, 0, kLatestNs / kSecond - 1);
+  return seconds * kSecond + std::clamp<int64_t>(header.ts.tv_usec, 0, kSecond);
+}
 
 }  // namespace
 
@@ -44,13 +53,14 @@ bool FileReplay::Open(const PortSource& source, uint8_t port, int64_t rate, int6
   return OpenFile(reason);
 }
 
-// Begins anew, after the mean interval of the frames. False at the end.
+// Begins anew, after the mean interval of the frames, which may not be in the order of their times.
+// False at the end.
 bool FileReplay::Rewind() {
   if (!source_.repeat || round_count_ == 0) return false;
-  const int64_t span = last_ns_ - first_ns_;
+  const int64_t span = std::max<int64_t>(0, last_ns_ - first_ns_);
   const int64_t gap =
       round_count_ > 1 && span > 0 ? span / static_cast<int64_t>(round_count_ - 1) : 1'000'000;
-  shift_ns_ += span + gap;
+  shift_ns_ = std::min(shift_ns_ + span + gap, kLatestNs);
   round_count_ = 0;
   return OpenFile(reason_);
 }
@@ -78,11 +88,12 @@ Supply FileReplay::Read() {
     if (reason_.empty()) reason_ = source_.file + ": " + pcap_geterr(pcap_.get());
     return Supply::kFailed;
   }
-  const int64_t file_ns = header->ts.tv_sec * kSecond + header->ts.tv_usec;
+  const int64_t file_ns = TimeOf(*header);
   if (count_ == 0) first_ns_ = file_ns;
   last_ns_ = file_ns;
   due_ns_ = DueTime(file_ns);
-  frame_ = {bytes, header->caplen, header->len, port_, true, false, due_ns_};
+  const uint32_t wire_length = std::max(header->caplen, header->len);
+  frame_ = {bytes, header->caplen, wire_length, port_, true, false, due_ns_};
   ++count_;
   ++round_count_;
   has_frame_ = true;
