@@ -45,9 +45,7 @@ constexpr struct {
 } kCounters[] = {
     {[](Counter&) {}, "tuap6bld"},
     {[](Counter& c) { c.ipv4 = 1; }, "tupbld"},
-    {[](Counter& c) { c.ipv4 = 0; }, "a6"},
     {[](Counter& c) { c.ipv6 = 1; }, "6"},
-    {[](Counter& c) { c.ipv6 = 0; }, "tuapbld"},
     {[](Counter& c) { c.bcast = 1; }, "a"},
     {[](Counter& c) { c.mcast = 1; }, "u"},
     {[](Counter& c) { c.ucast = 0; }, "ua"},
@@ -71,14 +69,14 @@ constexpr struct {
 };
 
 TEST(SimulatorTraffic, CountersCountWhatTheirConditionsSay) {
-  for (size_t row = 0; row < std::size(kCounters); ++row) {
+  for (const auto& row : kCounters) {
     Counter counter = CountAll();
-    kCounters[row].set(counter);
+    row.set(counter);
     std::string counted;
     for (size_t i = 0; i < std::size(kFrames); ++i) {
       if (CounterMatches(counter, kFrames[i])) counted += kLetters[i];
     }
-    EXPECT_EQ(counted, kCounters[row].counted) << row;
+    EXPECT_EQ(counted, row.counted) << &row - kCounters;
   }
 }
 
