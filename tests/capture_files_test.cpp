@@ -126,15 +126,14 @@ TEST_F(CaptureFilesTest, FilesOfTheSameSecondAreNumberedAndNoneIsOverwritten) {
 }
 
 TEST_F(CaptureFilesTest, WhatCannotBeOpenedIsRefusedWithAReason) {
+  std::string reason;
   for (const std::string& name : {folder_ + "/none/x", folder_ + "/", folder_ + "/.."}) {
     target_.file_name = name;
-    std::string reason;
     EXPECT_FALSE(CaptureWriter().Open(target_, reason));
     EXPECT_TRUE(reason.starts_with(folder_)) << reason;
   }
   target_.file_name = "";
   target_.pattern = std::string(300, 'x');
-  std::string reason;
   EXPECT_FALSE(CaptureWriter().Open(target_, reason));
   EXPECT_EQ(reason, folder_ + "/" + target_.pattern + ": File name too long");
   EXPECT_TRUE(Names().empty());

@@ -1,5 +1,8 @@
 // What is printed while a command runs: its reader has it at once.
+#include <sys/wait.h>
+
 #include <csignal>
+#include <cstdlib>
 
 #include "device/capabilities.h"
 #include "support/expectations.h"
@@ -70,6 +73,45 @@ TEST(Stream, AnUpdateIsSeenWhileItRuns) {
   const Simulation simulation(OneDevice(0, "update = {duration_ms = 60000}"));
   const std::string out = simulation.Run(UpdateWords(simulation), 1000).out;
   EXPECT_TRUE(out.starts_with(kStarted + "Progress : 0% -  \r")) << out;
+}
+
+// Runs corvane by a shell, in which standard error goes to a file, and returns what is there.
+Result RunByShell(const Simulation& simulation, const std::string& words) {
+  const std::string& folder = simulation.folder();
+  const std::string run = "CORVANE_SIM_CONFIG=" + folder + "/sim.toml CORVANE_SIM_STATE=" + folder +
+                          "/state " CORVANE_EXECUTABLE " 2>" + folder + "/err " + words;
+  const int status = system(run.c_str());
+  return {WEXITSTATUS(status), "", ReadFile(folder + "/err")};
+}
+
+TEST(Stream, LostOutputIsToldAndEndsWhatIsEndless) {
+  const std::tuple<const char*, int, const char*> cases[] = {
+      {"list >/dev/full", 1, "No space left on device"},
+      {"help >&- <&-", 1, "Bad file descriptor"},
+      {"nonsense >/dev/full", 255, "No space left on device"},
+      {"reset -d 9 >&-", 252, "Bad file descriptor"},
+      {"nmea >/dev/full", 1, "No space left on device"},
+      {"statistics --continuous --delay 1 >/dev/full", 1, "No space left on device"},
+  };
+  const Simulation simulation(OneDevice(kGps | kStatisticsV2));
+  for (const auto& [words, status, reason] : cases) {
+    const Result result = RunByShell(simulation, words);
+    EXPECT_EQ(result.status, status) << words;
+    EXPECT_EQ(result.err,
+              std::string("corvane: cannot write to standard output: ") + reason + "\n");
+  }
+  signal(SIGPIPE, SIG_IGN);
+  const Result result = RunByShell(simulation, "nmea | head -c 5 >/dev/null");
+  signal(SIGPIPE, SIG_DFL);
+  EXPECT_EQ(result.err, "corvane: cannot write to standard output: Broken pipe\n");
+}
+
+// No file that the library opens takes the place of a closed stream.
+TEST(Stream, ClosedStreamsDoNoHarm) {
+  const Simulation simulation(OneDevice(0));
+  EXPECT_EQ(RunByShell(simulation, "features set --slicing 300 <&- >&- 2>&-").status, 1);
+  EXPECT_NE(simulation.Run("features show").out.find("Enabled 300 bytes"), std::string::npos);
+  for (const std::string& line : simulation.Lines("")) EXPECT_TRUE(line.starts_with("Corvane"));
 }
 
 }  // namespace
