@@ -3,6 +3,7 @@
 #include <string>
 
 #include "device/capabilities.h"
+#include "device/output.h"
 #include "device/report.h"
 #include "device/session.h"
 #include "device/status.h"
@@ -203,6 +204,7 @@ int CountersSet(const CommandNode& leaf) {
 
 // Nothing of the report is printed unless all of it could be read.
 int CountersShow(const CommandNode& leaf) {
+  ExpectLongReport();
   const Session session(leaf);
   if (!session.has_device()) return kNoDevice;
   if (!Supports(session.device(), kStatisticsV2)) return Fail(kUnsupported, kCountersUnsupported);

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "device/output.h"
 #include "device/report.h"
 #include "device/session.h"
 #include "device/status.h"
@@ -196,6 +197,7 @@ void PrintModule(const SfpInfo& sfp) {
 }  // namespace
 
 int SfpStatus(const CommandNode& leaf) {
+  ExpectLongReport();
   const Session session(leaf);
   if (!session.has_device()) return kNoDevice;
   LinkStatusRecord ports = {};

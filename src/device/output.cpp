@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr size_t kBufferSize = 16384;  // more than the longest report
+constexpr size_t kBufferSize = 16384;
 
 int failure = 0;  // errno of the first write that failed
 
@@ -25,6 +25,9 @@ void PrepareOutput() {
     // The lowest number that is free is this one. Writing to what is open for reading fails.
     if ((stream.revents & POLLNVAL) != 0) open("/dev/null", O_RDONLY);
   }
+}
+
+void ExpectLongReport() {
   static char buffer[kBufferSize];
   if (isatty(STDOUT_FILENO) == 0) setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
 }
