@@ -11,8 +11,8 @@ if ! command -v "$shell" >/dev/null ||
 fi
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-mkdir -p "$folder"/work/folder "$folder"/home
-cd "$folder"/work || exit 1
+mkdir -p "$folder"/here/folder "$folder"/home
+cd "$folder"/here || exit 1
 touch fw-1.bin fw-2.bin
 export CORVANE_SIM_STATE=$folder/state HOME=$folder/home PATH=$build:$PATH
 unset CORVANE_SIM_CONFIG XDG_CONFIG_HOME XDG_DATA_HOME
