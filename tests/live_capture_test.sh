@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Every one of 100,000 frames sent to a live interface is in the capture's files or counted as
-# dropped, with room for them and without.
+# dropped, with room for them and without; frames of two interfaces are merged by their times; a
+# capture whose interface goes away says so and leaves what it has.
 #   live_capture_test.sh CORVANE SEND_FRAMES
 # Ends with 77, saying why, where no network namespace can be made.
 set -euo pipefail
@@ -32,23 +33,31 @@ ip netns exec "$name" sh -c 'echo 1 >/proc/sys/net/ipv6/conf/default/disable_ipv
 ip -n "$name" link add sender type veth peer name receiver || skip "no veth pair"
 ip -n "$name" link set sender up
 ip -n "$name" link set receiver up
-cat >"$CORVANE_SIM_CONFIG" <<TOML
-[[device]]
-mac = "00:1a:2b:3c:4d:01"
-capabilities = ["Statistics V2"]
-[device.port_b]
-source = "interface"
-interface = "receiver"
-TOML
+
+# configure PORT INTERFACE [PORT INTERFACE]
+configure() {
+  printf '[[device]]\nmac = "00:1a:2b:3c:4d:01"\ncapabilities = ["Statistics V2"]\n' >"$folder/sim.toml"
+  printf '[device.port_%s]\nsource = "interface"\ninterface = "%s"\n' "$@" >>"$folder/sim.toml"
+  rm -rf "$folder/out"
+  mkdir "$folder/out"
+}
+
+# start OPTION...
+start() {
+  ip netns exec "$name" "$corvane" directcapture start --dir "$folder/out" "$@" >/dev/null
+}
+
+# send FRAMES FRAMES_A_SECOND
+send() {
+  ip netns exec "$name" "$send_frames" sender "$@"
+}
 
 # check MAXCACHE FRAMES_A_SECOND: 0 drops are demanded when MAXCACHE is large.
 check() {
-  rm -rf "$folder/out"
-  mkdir "$folder/out"
-  ip netns exec "$name" "$corvane" directcapture start --dir "$folder/out" --size 5 --count 0 \
-    --maxcache "$1" >/dev/null || fail "does not start"
+  configure b receiver
+  start --size 5 --count 0 --maxcache "$1" || fail "does not start"
   local sent kept dropped
-  sent=$(ip netns exec "$name" "$send_frames" sender "$frames" "$2")
+  sent=$(send "$frames" "$2")
   "$corvane" directcapture stop >/dev/null || fail "does not stop"
   dropped=$("$corvane" statistics | awk '/^SW dropped/ { print $NF }')
   kept=$(capinfos -Tmcr "$folder"/out/* | awk -F, '{ kept += $2 } END { print kept }')
@@ -62,3 +71,27 @@ check() {
 
 check 64 50000
 check 0 1000000
+
+# Both ends of the pair see each frame, one as it leaves and one as it comes.
+configure a sender b receiver
+start || fail "does not start at two interfaces"
+send 20000 20000 >/dev/null
+"$corvane" directcapture stop >/dev/null || fail "does not stop at two interfaces"
+tshark -r "$folder"/out/* -T fields -e frame.interface_id -e frame.time_epoch >"$folder/merged" 2>/dev/null
+[[ $(cut -f1 "$folder/merged" | sort | uniq -c | tr -s ' ') == $' 20000 0\n 20000 1' ]] ||
+  fail "two interfaces gave $(cut -f1 "$folder/merged" | sort | uniq -c | tr -s ' \n' ' ')"
+cut -f2 "$folder/merged" | sort -cn || fail "two interfaces are not merged by their times"
+
+configure b receiver
+start || fail "does not start again"
+send 1000 10000 >/dev/null
+sleep 1.2 # until they are flushed
+ip -n "$name" link del sender
+for ((i = 0; i < 100; ++i)); do
+  "$corvane" directcapture status | grep -q 'Error : 1' && break
+  sleep 0.1
+done
+"$corvane" directcapture status | grep -q 'Error : 1' || fail "no error without the interface"
+[[ $(capinfos -Tmcr "$folder"/out/* | cut -d, -f2) == 1000 ]] || fail "the file is not whole"
+start 2>"$folder/reason" && fail "starts without the interface"
+grep -q 'no such interface\|No such device' "$folder/reason" || fail "says: $(<"$folder/reason")"
