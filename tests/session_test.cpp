@@ -1,11 +1,10 @@
 // Runs the session scripts, sessions/*.session. Every scenario is a test. A script:
 //
 //   [[device]] ...               TOML for every scenario of the file: the simulated devices
-//   == A promise in plain words  a scenario; it runs once for each row of its table, on new
-//   devices, | on  | 01000000 |           where {1}, {2} and so on stand for the row's cells
+//   == A promise in plain words  a scenario, on new devices
+//   | on  | 01000000 |           runs it once for each such row; {1}, {2} ... are the row's cells
 //   features = 84*07 80:00       more TOML, or with a [[device]] other TOML; a record may be given
-//   as
-//                                bytes: here 84 times 07, but 00 at the offset 80
+//                                as bytes: here 84 times 07, but 00 at the offset 80
 //   $ features set --inline {1}  runs corvane; '...' is one word
 //   Corvane detected             its standard output: exactly these lines, but that
 //   ...                          stands for any lines and
