@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// A text that lies in the table itself: pointers would have to be relocated at every start, which
-// costs a run more than the command does. One that is too long does not compile.
+// A text that lies in the table itself: pointers would have to be relocated at every start. One
+// that is too long does not compile.
 template <size_t kSize>
 struct TableText {
   char text[kSize] = {};
