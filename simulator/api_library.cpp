@@ -1,5 +1,6 @@
 // The library as a whole: opening, closing, the device list, sleeping, its version.
 #include <chrono>
+#include <map>
 #include <memory>
 #include <thread>
 
@@ -7,11 +8,17 @@
 
 namespace {
 
-// A list as callers get it: the nodes live in the same allocation as its head.
+// A list as callers get it, with its nodes.
 struct OwnedList {
-  DeviceList list;  // first, so that a pointer to it is a pointer to the whole
+  DeviceList list;
   std::vector<DeviceNode> nodes;
 };
+
+// The lists that callers hold, some of them to the end of the process.
+std::map<const DeviceList*, std::unique_ptr<OwnedList>>& HeldLists() {
+  static std::map<const DeviceList*, std::unique_ptr<OwnedList>> lists;
+  return lists;
+}
 
 }  // namespace
 
@@ -43,13 +50,19 @@ DeviceList* CorvaneAPIGetDevicesList(void) {
   owned->list.first = owned->nodes.empty() ? nullptr : owned->nodes.data();
   const auto count = static_cast<int32_t>(owned->nodes.size());
   owned->list.count = OpenConfiguration().device_count.value_or(count);
-  return &owned.release()->list;
+  DeviceList* const list = &owned->list;
+  HeldLists()[list] = std::move(owned);
+  return list;
 }
 
 void CorvaneApiDeviceListFree(DeviceList* list) {
   int32_t status = CORVANE_OK;
   PlainCall(__func__, "", status);
-  delete reinterpret_cast<OwnedList*>(list);
+  const auto held = HeldLists().find(list);
+  if (held == HeldLists().end()) return;
+  // The strictest that a library can be: what works here works on a library that lets handles live.
+  for (const DeviceNode& node : held->second->nodes) EndHandle(node.handle);
+  HeldLists().erase(held);
 }
 
 void CorvaneApiSleepMs(uint32_t milliseconds) {

@@ -10,18 +10,17 @@ namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;  // ns
 
-enum TimeSource : uint32_t { kSystemClock = 0, kGpsReceiver = 2, kManual = 4, kSntp = 5 };
-
 // The GPS receiver knows the time by itself; all other sources bring theirs along.
 bool IsSettable(const TimingTimeRecord& time) {
-  if (time.time_source == kGpsReceiver) return true;
-  const bool known =
-      time.time_source == kSystemClock || time.time_source == kManual || time.time_source == kSntp;
+  if (time.time_source == CORVANE_TIME_GPS) return true;
+  const bool known = time.time_source == CORVANE_TIME_SYSTEM ||
+                     time.time_source == CORVANE_TIME_MANUAL ||
+                     time.time_source == CORVANE_TIME_SNTP;
   return known && time.nanoseconds < kSecond;
 }
 
 int64_t OffsetOf(const TimingTimeRecord& time) {
-  if (time.time_source == kGpsReceiver) return 0;
+  if (time.time_source == CORVANE_TIME_GPS) return 0;
   return time.seconds * kSecond + time.nanoseconds - HostNs();
 }
 

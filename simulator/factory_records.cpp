@@ -59,9 +59,9 @@ Bytes Counters(uint32_t) {
     for (int32_t* condition : {&counter.ipv4, &counter.ipv6, &counter.bcast, &counter.mcast,
                                &counter.ucast, &counter.icmp, &counter.udp, &counter.tcp,
                                &counter.crc_ok, &counter.hw_dropped, &counter.size_mode}) {
-      *condition = -1;
+      *condition = CORVANE_IGNORE;
     }
-    if (index == CORVANE_COUNTERS_V2 - 1) counter.hw_dropped = 1;
+    if (index == CORVANE_COUNTERS_V2 - 1) counter.hw_dropped = CORVANE_COUNT_IF_TRUE;
     counter.porta = counter.portb = 1;
     const Bytes bytes = BytesOf(counter);
     counters.insert(counters.end(), bytes.begin(), bytes.end());

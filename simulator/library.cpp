@@ -46,7 +46,9 @@ constexpr const char* kStarted = "started";
 struct Library {
   Configuration configuration;
   DeviceState state;
-  std::map<std::string, int64_t, std::less<>> calls;  // how often each function was called
+  std::map<std::string, int64_t, std::less<>> calls;           // how often each function was called
+  std::map<DeviceHandle, const DeviceConfiguration*> handles;  // of the lists that callers hold
+  DeviceHandle next_handle = kFirstHandle;
 };
 
 Library& TheLibrary() {
@@ -84,10 +86,11 @@ const Fault* FindFault(std::string_view function, std::string_view device, int64
   return nullptr;
 }
 
+// Null for a handle that was never given, or whose list was given back.
 const DeviceConfiguration* FindDevice(DeviceHandle handle) {
-  const auto& devices = TheLibrary().configuration.devices;
-  if (handle < kFirstHandle || handle - kFirstHandle >= devices.size()) return nullptr;
-  return &devices[handle - kFirstHandle];
+  const auto& handles = TheLibrary().handles;
+  const auto found = handles.find(handle);
+  return found == handles.end() ? nullptr : found->second;
 }
 
 // A start further ahead than a restart takes means that the host's clock was set back.
@@ -183,6 +186,7 @@ bool OpenLibrary() {
 
 void CloseLibrary() {
   TheLibrary().state.Close();
+  TheLibrary().handles.clear();
 }
 bool LibraryIsOpen() {
   return TheLibrary().state.is_open();
@@ -275,10 +279,15 @@ int64_t NumberFact(Call& call, const char* name) {
 }
 
 bool AttachedDevices(std::vector<DeviceHandle>& handles) {
-  DeviceHandle handle = kFirstHandle;
-  const bool well = ForDevices(false, [&](Call& call) {
-    if (!IsAway(call)) handles.push_back(handle);
-    ++handle;
+  Library& library = TheLibrary();
+  const bool ok = ForDevices(false, [&](Call& call) {
+    if (IsAway(call)) return;
+    handles.push_back(library.next_handle);
+    library.handles[library.next_handle++] = &call.device;
   });
-  return well || ComplainOnce(TheLibrary().state.failure());
+  return ok || ComplainOnce(library.state.failure());
+}
+
+void EndHandle(DeviceHandle handle) {
+  TheLibrary().handles.erase(handle);
 }

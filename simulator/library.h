@@ -89,8 +89,11 @@ void CloseLibrary();
 bool LibraryIsOpen();
 const Configuration& OpenConfiguration();
 
-// Puts the attached devices' handles in order into handles. False when the state cannot be read.
+// Puts a new handle for each attached device, in order, into handles. False when the state cannot
+// be read.
 bool AttachedDevices(std::vector<DeviceHandle>& handles);
+// No device is found by the handle any more.
+void EndHandle(DeviceHandle handle);
 
 // ---- Implementation of the templates.
 

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iomanip>
+#include <set>
 #include <sstream>
 
 #include "support/expectations.h"
@@ -133,10 +134,11 @@ Finding FindRecord(const Session& session, const std::string& text) {
 }
 
 Finding FindCalls(const Session& session, const std::string& text) {
+  static const std::set<std::string> kSelecting = {
+      "CorvaneAPIInitialize", "CorvaneAPIGetDevicesList", "CorvaneAPIGetDeviceMAC"};
   std::string work;
   for (const std::string& call : session.simulation.Calls()) {
-    const bool selecting = call == "CorvaneAPIInitialize" || call == "CorvaneApiDeviceListFree";
-    work = selecting ? "" : work + " " + call.substr(10);
+    work = kSelecting.contains(call) ? "" : work + " " + call.substr(10);
   }
   return {text == "nothing" ? "" : " " + text, work.substr(0, work.rfind(" Uninitialize"))};
 }

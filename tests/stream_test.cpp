@@ -75,13 +75,26 @@ TEST(Stream, AnUpdateIsSeenWhileItRuns) {
   EXPECT_TRUE(out.starts_with(kStarted + "Progress : 0% -  \r")) << out;
 }
 
-// Runs corvane by a shell, in which standard error goes to a file, and returns what is there.
-Result RunByShell(const Simulation& simulation, const std::string& words) {
+// Runs corvane by a shell, on to a reader if need be; returns its status and standard error.
+Result RunByShell(const Simulation& simulation, const std::string& words,
+                  const std::string& reader = "cat") {
   const std::string& folder = simulation.folder();
-  const std::string run = "CORVANE_SIM_CONFIG=" + folder + "/sim.toml CORVANE_SIM_STATE=" + folder +
-                          "/state " CORVANE_EXECUTABLE " 2>" + folder + "/err " + words;
-  const int status = system(run.c_str());
-  return {WEXITSTATUS(status), "", ReadFile(folder + "/err")};
+  const std::string run = "{ CORVANE_SIM_CONFIG=" + folder +
+                          "/sim.toml CORVANE_SIM_STATE=" + folder +
+                          "/state " CORVANE_EXECUTABLE " 2>" + folder + "/err " + words +
+                          "; echo $? >" + folder + "/status; } | " + reader + " >/dev/null";
+  EXPECT_EQ(system(run.c_str()), 0);
+  return {atoi(ReadFile(folder + "/status").c_str()), "", ReadFile(folder + "/err")};
+}
+
+TEST(Stream, AnUpdateGoesToItsEndWithoutItsReader) {
+  const Simulation simulation(OneDevice(0, "update = {duration_ms = 700}"));
+  const Result result = RunByShell(simulation, UpdateWords(simulation), "head -n 3");
+  EXPECT_EQ(result.err, "corvane: cannot write to standard output: Broken pipe\n");
+  EXPECT_EQ(result.status, 1);
+  const auto polls = simulation.Lines("CorvaneAPIFirmwareUpdateGetProgress");
+  EXPECT_TRUE(!polls.empty() && polls.back().ends_with(" status=0"));
+  EXPECT_EQ(simulation.CallsOf("CorvaneAPIUninitialize"), 1);
 }
 
 TEST(Stream, LostOutputIsToldAndEndsWhatIsEndless) {
@@ -101,7 +114,7 @@ TEST(Stream, LostOutputIsToldAndEndsWhatIsEndless) {
               std::string("corvane: cannot write to standard output: ") + reason + "\n");
   }
   signal(SIGPIPE, SIG_IGN);
-  const Result result = RunByShell(simulation, "nmea | head -c 5 >/dev/null");
+  const Result result = RunByShell(simulation, "nmea", "head -c 5");
   signal(SIGPIPE, SIG_DFL);
   EXPECT_EQ(result.err, "corvane: cannot write to standard output: Broken pipe\n");
 }

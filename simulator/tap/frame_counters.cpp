@@ -24,7 +24,7 @@ constexpr Condition kConditions[] = {
 };
 
 bool IsWanted(int32_t condition) {
-  return condition == 0 || condition == 1;
+  return condition == CORVANE_COUNT_IF_FALSE || condition == CORVANE_COUNT_IF_TRUE;
 }
 
 // Sizes that match lie in smallest to largest, an empty range when none does.
@@ -32,8 +32,9 @@ void ReadSize(const CounterV2Config& config, uint32_t& smallest, uint32_t& large
   const int64_t size = config.size;
   int64_t from = size;
   int64_t to = size;
-  if (config.size_mode == -1 || config.size_mode == 1) from = 0;
-  if (config.size_mode == -1 || config.size_mode == 0) to = std::numeric_limits<uint32_t>::max();
+  const bool any = config.size_mode == CORVANE_IGNORE;
+  if (any || config.size_mode == 1) from = 0;
+  if (any || config.size_mode == 0) to = std::numeric_limits<uint32_t>::max();
   if (config.size_mode == 0) from = std::max<int64_t>(size + 1, 0);
   if (config.size_mode == 1) to = size - 1;
   if (to < 0 || from < 0) {

@@ -8,22 +8,9 @@
 
 namespace {
 
-// match_flags
-constexpr uint32_t kMatchIpv6 = 0x01;
-constexpr uint32_t kMatchDestinationMac = 0x02;
-constexpr uint32_t kMatchSourceMac = 0x04;
-constexpr uint32_t kMatchDestinationIp = 0x08;
-constexpr uint32_t kMatchSourceIp = 0x10;
-constexpr uint32_t kMatchDestinationPort = 0x20;
-constexpr uint32_t kMatchSourcePort = 0x40;
-constexpr uint32_t kMatchVlan = 0x80;
-constexpr uint32_t kMatchAnyMac = kMatchDestinationMac | kMatchSourceMac;
-constexpr uint32_t kMatchAnyIp = kMatchDestinationIp | kMatchSourceIp;
-constexpr uint32_t kMatchAnyPort = kMatchDestinationPort | kMatchSourcePort;
-// either_flags
-constexpr uint16_t kEitherMac = 0x1;
-constexpr uint16_t kEitherIp = 0x2;
-constexpr uint16_t kEitherPort = 0x4;
+constexpr uint32_t kMatchAnyMac = CORVANE_MATCH_DST_MAC | CORVANE_MATCH_SRC_MAC;
+constexpr uint32_t kMatchAnyIp = CORVANE_MATCH_DST_IP | CORVANE_MATCH_SRC_IP;
+constexpr uint32_t kMatchAnyPort = CORVANE_MATCH_DST_PORT | CORVANE_MATCH_SRC_PORT;
 
 // ---- Reading slots: the last byte of the address stands first.
 
@@ -100,11 +87,11 @@ PacketFilter::PacketFilter(const PacketFilterRecord& record, uint32_t capabiliti
       source_port_{record.src_port, SpreadMask(record.port_masks >> 2, 2)},
       destination_port_{record.dst_port, SpreadMask(record.port_masks, 2)},
       vlan_{record.vlan_id, record.vlan_mask},
-      source_(
-          ReadAddress(record.src_ip, record.src_ip_mask, (record.match_flags & kMatchIpv6) != 0)),
-      destination_(
-          ReadAddress(record.dst_ip, record.dst_ip_mask, (record.match_flags & kMatchIpv6) != 0)) {
-  if ((capabilities & kVlanFilter) == 0) match_flags_ &= ~kMatchVlan;
+      source_(ReadAddress(record.src_ip, record.src_ip_mask,
+                          (record.match_flags & CORVANE_MATCH_IPV6) != 0)),
+      destination_(ReadAddress(record.dst_ip, record.dst_ip_mask,
+                               (record.match_flags & CORVANE_MATCH_IPV6) != 0)) {
+  if ((capabilities & kVlanFilter) == 0) match_flags_ &= ~CORVANE_MATCH_VLAN;
 }
 
 bool PacketFilter::Keeps(const RawFrame& frame, const FrameFacts& facts) const {
@@ -117,38 +104,38 @@ bool PacketFilter::MacsMatch(const RawFrame& frame) const {
   if (frame.length < kEthernetHeader) return false;
   const uint64_t destination = MacNumber(frame.bytes);
   const uint64_t source = MacNumber(frame.bytes + 6);
-  const bool either = (either_flags_ & kEitherMac) != 0;
-  if (Uses(kMatchSourceMac) && !source_mac_.Matches(source) &&
+  const bool either = (either_flags_ & CORVANE_EITHER_MAC) != 0;
+  if (Uses(CORVANE_MATCH_SRC_MAC) && !source_mac_.Matches(source) &&
       !(either && source_mac_.Matches(destination))) {
     return false;
   }
-  return !Uses(kMatchDestinationMac) || destination_mac_.Matches(destination);
+  return !Uses(CORVANE_MATCH_DST_MAC) || destination_mac_.Matches(destination);
 }
 
 bool PacketFilter::AddressesMatch(const FrameFacts& facts) const {
   if (!Uses(kMatchAnyIp)) return true;
   if (facts.source == nullptr) return false;
-  const bool either = (either_flags_ & kEitherIp) != 0;
-  if (Uses(kMatchSourceIp) && !Matches(source_, facts.layer2, facts.source) &&
+  const bool either = (either_flags_ & CORVANE_EITHER_IP) != 0;
+  if (Uses(CORVANE_MATCH_SRC_IP) && !Matches(source_, facts.layer2, facts.source) &&
       !(either && Matches(source_, facts.layer2, facts.destination))) {
     return false;
   }
-  return !Uses(kMatchDestinationIp) || Matches(destination_, facts.layer2, facts.destination);
+  return !Uses(CORVANE_MATCH_DST_IP) || Matches(destination_, facts.layer2, facts.destination);
 }
 
 bool PacketFilter::PortsMatch(const FrameFacts& facts) const {
   if (!Uses(kMatchAnyPort)) return true;
   if (!facts.has_ports) return false;
-  const bool either = (either_flags_ & kEitherPort) != 0;
-  if (Uses(kMatchSourcePort) && !source_port_.Matches(facts.source_port) &&
+  const bool either = (either_flags_ & CORVANE_EITHER_PORT) != 0;
+  if (Uses(CORVANE_MATCH_SRC_PORT) && !source_port_.Matches(facts.source_port) &&
       !(either && source_port_.Matches(facts.destination_port))) {
     return false;
   }
-  return !Uses(kMatchDestinationPort) || destination_port_.Matches(facts.destination_port);
+  return !Uses(CORVANE_MATCH_DST_PORT) || destination_port_.Matches(facts.destination_port);
 }
 
 bool PacketFilter::VlanMatches(const FrameFacts& facts) const {
-  if (!Uses(kMatchVlan)) return true;
+  if (!Uses(CORVANE_MATCH_VLAN)) return true;
   return std::any_of(facts.vlans, facts.vlans + facts.vlan_count,
                      [this](uint16_t id) { return vlan_.Matches(id); });
 }

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr const char* kDefaultPattern = "capture_%N_%Y%M%D%H%m%s.pcapng";
-constexpr int kIgnore = -1;
 
 // Megabytes as the user gives them in bytes. There is no range check: a negative number becomes a
 // huge one.
@@ -35,16 +34,13 @@ Config CommonSettings(const CommandNode& leaf) {
 // A name wins over a folder, which then is ignored together with the pattern.
 int Configure(const CommandNode& leaf, DeviceHandle device) {
   if (IsGiven(leaf, "name")) {
-    const std::wstring name = ToWideString(TextOr(leaf, "name", ""));
     auto config = CommonSettings<DiskDumpConfig>(leaf);
-    config.file_name = name.c_str();
+    config.file_name = ToWideString(TextOr(leaf, "name", ""));
     return CorvaneAPIDiskDumpSetConfig(device, config);
   }
-  const std::wstring directory = ToWideString(TextOr(leaf, "dir", ""));
-  const std::wstring pattern = ToWideString(TextOr(leaf, "pattern", kDefaultPattern));
   auto config = CommonSettings<DiskDumpConfigEx>(leaf);
-  config.directory = directory.c_str();
-  config.pattern = pattern.c_str();
+  config.directory = ToWideString(TextOr(leaf, "dir", ""));
+  config.pattern = ToWideString(TextOr(leaf, "pattern", kDefaultPattern));
   return CorvaneAPIDiskDumpSetConfigEx(device, config);
 }
 
@@ -55,9 +51,9 @@ int ConfigureDropCounter(DeviceHandle device) {
   for (int32_t* condition :
        {&counter.ipv4, &counter.ipv6, &counter.bcast, &counter.mcast, &counter.ucast, &counter.icmp,
         &counter.udp, &counter.tcp, &counter.crc_ok, &counter.size_mode}) {
-    *condition = kIgnore;
+    *condition = CORVANE_IGNORE;
   }
-  counter.hw_dropped = 1;
+  counter.hw_dropped = CORVANE_COUNT_IF_TRUE;
   counter.porta = 1;
   counter.portb = 1;
   return CorvaneAPISetCounterV2(device, counter);
@@ -104,7 +100,7 @@ int DirectCaptureStart(const CommandNode& leaf) {
   const Session session(leaf);
   if (!session.has_device()) return kNoDevice;
   if (!IsGiven(leaf, "name") && !IsGiven(leaf, "dir")) {
-    return Fail(kUnsupported,
+    return Fail(kBadValue,
                 "Failed: You must specify either a full file name using --name or an output "
                 "directory using --dir");
   }

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdio>
 #include <iterator>
 
@@ -43,11 +44,13 @@ int FailUpdate(int status) {
 int FirmwareUpdate(const CommandNode& leaf) {
   const auto firmware = Text(leaf, "firmware", nullptr);
   if (!firmware) return Fail(kNoFirmwareFile, "No firmware file specified");
-  const std::wstring path = ToWideString(*firmware);
+  const wchar_t* path = ToWideString(*firmware);
   const Session session(leaf);
   if (!session.has_device()) return kNoDevice;
 
-  int status = CorvaneAPIFirmwareUpdateStart(session.device(), path.c_str());
+  // A reader of the progress that goes away must not end a running update.
+  signal(SIGPIPE, SIG_IGN);
+  int status = CorvaneAPIFirmwareUpdateStart(session.device(), path);
   if (status != kSuccess) return Fail(status, "Failed to start firmware update");
   puts(
       "Firmware update started. Do NOT unplug your device, do NOT interrupt the process.\n"

@@ -1,11 +1,13 @@
 #include "capture/wide_string.h"
 
 #include <cstdlib>
+#include <forward_list>
 
 // The buffer starts out as zeroes, terminator included, so that it ends even when mbstowcs gives
-// up.
-std::wstring ToWideString(const std::string& text) {
-  std::wstring wide(text.size() + 1, L'\0');
+// up. No destructor runs for it at the end of the process, when the library may still be at work.
+const wchar_t* ToWideString(const std::string& text) {
+  static auto& kept = *new std::forward_list<std::wstring>;
+  std::wstring& wide = kept.emplace_front(text.size() + 1, L'\0');
   mbstowcs(wide.data(), text.c_str(), wide.size());
-  return wide;
+  return wide.c_str();
 }

@@ -8,6 +8,8 @@
  *  - A per-device function takes the DeviceHandle found in the device list as its first argument.
  *  - Get functions fill a record that the caller owns; Set functions take the whole record by
  *    value; Save functions make the device store its current configuration of that kind.
+ *  - What the library is handed stays valid to the end of the process, and a list from which a
+ *    handle was taken is never given back: nothing is known of how long the library uses them.
  *  - Integers are little-endian. Switch fields hold 1 for on and 0 for off.
  *  - Padding and fields called reserved travel unchanged between a read and the write that follows.
  *
@@ -42,7 +44,7 @@ enum CorvaneStatus {
 
 /* ---- Devices ------------------------------------------------------------------------------- */
 
-/* Names one attached device; valid until the library is closed. */
+/* Names one attached device, as the first argument of every function that concerns it. */
 typedef uint64_t DeviceHandle;
 
 /* The handle that stands for "no device". */
@@ -56,7 +58,7 @@ CORVANE_ASSERT_SIZE(DeviceNode, 16);
 CORVANE_ASSERT_OFFSET(DeviceNode, next, 0);
 CORVANE_ASSERT_OFFSET(DeviceNode, handle, 8);
 
-/* Owned by the library; given back with CorvaneApiDeviceListFree. */
+/* Made by the library. */
 typedef struct DeviceList {
   DeviceNode* first; /* NULL when the list is empty */
   int32_t count;
@@ -79,6 +81,16 @@ CORVANE_ASSERT_OFFSET(VersionRecord, hw_firmware, 8);
 
 /* ---- Features, timing configuration, hardware firmwares ------------------------------------ */
 
+/* Where the timestamp clock gets its time from. */
+enum CorvaneTimeSource {
+  CORVANE_TIME_SYSTEM = 0,
+  CORVANE_TIME_RTC = 1,
+  CORVANE_TIME_GPS = 2,
+  CORVANE_TIME_NONE = 3,
+  CORVANE_TIME_MANUAL = 4,
+  CORVANE_TIME_SNTP = 5
+};
+
 typedef struct FeaturesRecord {
   uint32_t transmitcrcerrors;
   uint32_t keepcrc32;
@@ -90,7 +102,7 @@ typedef struct FeaturesRecord {
   uint32_t ts;
   uint32_t syncts;
   uint32_t forcepps;
-  uint32_t tssource; /* 0 system time, 1 RTC, 2 GPS, 3 do not initialize, 4 manual */
+  uint32_t tssource; /* enum CorvaneTimeSource */
   uint32_t waitforsync;
   uint32_t ppsoutput;
   uint16_t ppscomp; /* delay in units of 2^-32 s, applied negatively; 0 to 215 */
@@ -482,7 +494,13 @@ CORVANE_ASSERT_OFFSET(StatisticsRecord, counters.v1.link_down_ms, 32);
 CORVANE_ASSERT_OFFSET(StatisticsRecord, counters.v1.ports, 40);
 CORVANE_ASSERT_OFFSET(StatisticsRecord, counters.v2, 24);
 
-/* A condition is 1 count if true, 0 count if false, -1 ignore. */
+enum {
+  CORVANE_IGNORE = -1, /* a condition that is ignored; a size mode that sets no size */
+  CORVANE_COUNT_IF_FALSE = 0,
+  CORVANE_COUNT_IF_TRUE = 1
+};
+
+/* Conditions hold one of the three codes above. */
 typedef struct CounterV2Config {
   int32_t index; /* 0 to 15; 15 is reserved for hardware-dropped packets */
   int32_t ipv4;
@@ -497,7 +515,7 @@ typedef struct CounterV2Config {
   int32_t crc_ok;
   int32_t hw_dropped;
   int32_t size;        /* bytes */
-  int32_t size_mode;   /* 0 greater than, 1 less than, 2 equal to, -1 no size condition */
+  int32_t size_mode;   /* 0 greater than, 1 less than, 2 equal to, or CORVANE_IGNORE */
   uint8_t address[16]; /* reversed: the last byte of the address first */
   uint8_t mask[16];    /* arranged like address; 0xFF marks a byte that must match */
   int32_t porta;       /* 1 counted, 0 not */
@@ -527,11 +545,24 @@ CORVANE_ASSERT_OFFSET(CounterV2Config, mode, 96);
 
 /* ---- Packet filter, packet type filter ----------------------------------------------------- */
 
+enum CorvaneMatch {
+  CORVANE_MATCH_IPV6 = 0x01, /* addresses are IPv6 */
+  CORVANE_MATCH_DST_MAC = 0x02,
+  CORVANE_MATCH_SRC_MAC = 0x04,
+  CORVANE_MATCH_DST_IP = 0x08,
+  CORVANE_MATCH_SRC_IP = 0x10,
+  CORVANE_MATCH_DST_PORT = 0x20,
+  CORVANE_MATCH_SRC_PORT = 0x40,
+  CORVANE_MATCH_VLAN = 0x80
+};
+
+/* What the source field holds matches as source or as destination. */
+enum CorvaneEither { CORVANE_EITHER_MAC = 0x1, CORVANE_EITHER_IP = 0x2, CORVANE_EITHER_PORT = 0x4 };
+
 typedef struct PacketFilterRecord {
   uint32_t enable;
-  uint32_t match_flags;  /* bit 0 IPv6, then used: 1 dst MAC, 2 src MAC, 3 dst IP, 4 src IP,
-                            5 dst port, 6 src port, 7 VLAN id */
-  uint16_t either_flags; /* the source field matches either side: bit 0 MAC, 1 IP, 2 port */
+  uint32_t match_flags;              /* enum CorvaneMatch: the fields that are used */
+  uint16_t either_flags;             /* enum CorvaneEither */
   uint8_t dst_mac[CORVANE_MAC_SIZE]; /* addresses are reversed: the last byte first */
   uint8_t src_mac[CORVANE_MAC_SIZE];
   uint8_t dst_ip[16];
@@ -638,7 +669,7 @@ typedef struct TimingStatusRecord {
   uint32_t synchronized;       /* 1 when the timestamp clock is synchronised */
   double pps_deviation;        /* ns */
   uint8_t reserved_40[4];
-  uint32_t timestamp_source; /* 0 system clock, 1 RTC, 2 GPS, 3 none, 4 manual, 5 SNTP */
+  uint32_t timestamp_source; /* enum CorvaneTimeSource */
   uint32_t rtc_hour;         /* UTC */
   uint32_t rtc_minute;
   uint32_t rtc_second;
@@ -668,7 +699,7 @@ CORVANE_ASSERT_OFFSET(TimingStatusRecord, rtc_day, 68);
 CORVANE_ASSERT_OFFSET(TimingStatusRecord, reserved_72, 72);
 
 typedef struct TimingTimeRecord {
-  uint32_t time_source; /* coded like timestamp_source: 0 system clock, 2 GPS, 4 manual, 5 SNTP */
+  uint32_t time_source; /* enum CorvaneTimeSource: system clock, GPS, manual or SNTP */
   uint32_t seconds;     /* since the Unix epoch */
   uint32_t nanoseconds;
 } TimingTimeRecord;
@@ -679,13 +710,14 @@ CORVANE_ASSERT_OFFSET(TimingTimeRecord, nanoseconds, 8);
 
 /* ---- Functions ----------------------------------------------------------------------------- */
 
-/* Opens the library. Every other call needs it open. */
+/* Opens the library; the first call. */
 int32_t CorvaneAPIInitialize(void);
-/* Closes the library; handles and lists become invalid. */
+/* Closes the library; the last call. */
 int32_t CorvaneAPIUninitialize(void);
 
-/* The attached devices, owned by the library until CorvaneApiDeviceListFree; may be NULL. */
+/* The attached devices; may be NULL. */
 DeviceList* CorvaneAPIGetDevicesList(void);
+/* Gives a list back: only one whose handles nobody uses. */
 void CorvaneApiDeviceListFree(DeviceList* list);
 void CorvaneApiSleepMs(uint32_t milliseconds);
 
@@ -716,7 +748,6 @@ int32_t CorvaneAPISaveDpiFilter(DeviceHandle device);
 int32_t CorvaneAPIPoeGetMeasures(DeviceHandle device, PoeMeasures* measures);
 
 int32_t CorvaneAPIDiskDumpGetStatus(DeviceHandle device, DiskDumpStatus* status);
-/* The texts in the two configurations are read during the call only. */
 int32_t CorvaneAPIDiskDumpSetConfig(DeviceHandle device, DiskDumpConfig config);
 int32_t CorvaneAPIDiskDumpSetConfigEx(DeviceHandle device, DiskDumpConfigEx config);
 int32_t CorvaneAPIDiskDumpStart(DeviceHandle device);

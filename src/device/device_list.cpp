@@ -13,15 +13,13 @@ namespace {
 constexpr int kWaitAttempts = 50;
 constexpr uint32_t kWaitMs = 100;
 
+// Asks with a list of its own, which no handle is taken from.
 bool AnyDeviceAttached() {
-  const DeviceListPtr devices = GetDevices();
-  return devices != nullptr && devices->count > 0;
-}
-
-}  // namespace
-
-DeviceListPtr GetDevices() {
-  return DeviceListPtr(CorvaneAPIGetDevicesList());
+  DeviceList* const devices = CorvaneAPIGetDevicesList();
+  if (devices == nullptr) return false;
+  const bool any = devices->count > 0;
+  CorvaneApiDeviceListFree(devices);
+  return any;
 }
 
 void WaitForDevices() {
@@ -31,10 +29,16 @@ void WaitForDevices() {
   }
 }
 
+}  // namespace
+
+const DeviceList* AttachedDevices() {
+  WaitForDevices();
+  return CorvaneAPIGetDevicesList();
+}
+
 int ListDevices(const CommandNode&) {
   const Session session;
-  WaitForDevices();
-  const DeviceListPtr devices = GetDevices();
+  const DeviceList* devices = AttachedDevices();
   printf("Found %d corvanes\n", devices == nullptr ? 0 : devices->count);
   const DeviceNode* node = devices == nullptr ? nullptr : devices->first;
   for (int position = 0; node != nullptr; node = node->next, ++position) {

@@ -1,17 +1,11 @@
 // The attached devices.
 #pragma once
 
-#include <memory>
-
 #include "device/corvane_api.h"
 
-struct DeviceListDeleter {
-  void operator()(DeviceList* list) const { CorvaneApiDeviceListFree(list); }
-};
-using DeviceListPtr = std::unique_ptr<DeviceList, DeviceListDeleter>;
-
-// The devices attached now; null when the library has no list to give.
-DeviceListPtr GetDevices();
-
-// Waits until a device is attached, about five seconds at most; says nothing when none came.
-void WaitForDevices();
+// Waits until a device is attached, about five seconds at most, and returns the devices attached
+// then; says nothing when none came. Null when the library has no list to give.
+//
+// The list is never released: a library may end its handles with the list that they came from, and
+// they are in use to the end of the run.
+const DeviceList* AttachedDevices();

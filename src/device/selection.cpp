@@ -22,8 +22,7 @@ bool HasMac(DeviceHandle device, const uint8_t* wanted) {
 // The first device for which matches(position, handle) holds, of a list longer than the index.
 template <class Matches>
 DeviceHandle FindDevice(long index, Matches matches) {
-  WaitForDevices();
-  const DeviceListPtr devices = GetDevices();
+  const DeviceList* devices = AttachedDevices();
   if (devices == nullptr || index >= devices->count) return CORVANE_NO_DEVICE;
   const DeviceNode* node = devices->first;
   for (long position = 0; node != nullptr; node = node->next, ++position) {
@@ -67,10 +66,19 @@ DeviceHandle DefaultDevice() {
   return DeviceAt(0);
 }
 
+int FailSelection() {
+  puts("Invalid Corvane device selected");
+  return kNoDevice;
+}
+
 DeviceHandle SelectDevice(const CommandNode& leaf) {
   const bool given = Count(leaf, "device") > 0;
   const DeviceHandle device =
       given ? ResolveDevice(TextOr(leaf, "device", "").c_str()) : DefaultDevice();
-  puts(device == CORVANE_NO_DEVICE ? "Invalid Corvane device selected" : "Corvane detected");
+  if (device == CORVANE_NO_DEVICE) {
+    FailSelection();
+  } else {
+    puts("Corvane detected");
+  }
   return device;
 }

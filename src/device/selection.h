@@ -17,6 +17,9 @@ DeviceHandle ResolveDevice(const char* text);
 // The first device.
 DeviceHandle DefaultDevice();
 
+// Prints the line that every command without a device ends with; returns kNoDevice.
+int FailSelection();
+
 // The device of the leaf's --device, by default the first; prints one line either way.
 // CORVANE_NO_DEVICE when there is none.
 DeviceHandle SelectDevice(const CommandNode& leaf);

@@ -20,39 +20,36 @@ namespace {
 constexpr const char* kDefaultServer = "pool.ntp.org";
 constexpr int kSntpAttempts = 10;
 constexpr uint32_t kSntpRetryMs = 100;
-// An answer counts when it falls into the middle of a second, between these nanoseconds.
-constexpr uint32_t kEarliestNs = 199'999'999;
-constexpr uint32_t kLatestNs = 700'000'001;
-
-// time_source
-constexpr uint32_t kSystemClock = 0;
-constexpr uint32_t kGpsReceiver = 2;
-constexpr uint32_t kManual = 4;
-constexpr uint32_t kSntp = 5;
+// An answer counts when it falls into the middle of a second, from the first to the last of these.
+constexpr uint32_t kEarliestNs = 200'000'000;
+constexpr uint32_t kLatestNs = 700'000'000;
 
 struct Targets {
   bool all = false;
   std::vector<DeviceHandle> devices;
 };
 
+// What a device that has no timing does to the result.
+enum class WithoutTiming : uint8_t { kFails, kIsPassedOver };
+
 struct Messages {
   const char* updated;
   const char* failed;
 };
 
-// The devices of --device, one or all of them; unlike other commands without a line about it.
+// The devices of --device, one or all of them; unlike other commands without a line when there are
+// any.
 int SelectTargets(const CommandNode& leaf, Targets& targets) {
   const std::string text = TextOr(leaf, "device", "0");
   targets.all = strcasecmp(text.c_str(), "all") == 0;
   if (!targets.all) {
     const DeviceHandle device = ResolveDevice(text.c_str());
-    if (device == CORVANE_NO_DEVICE) return kNoDevice;
+    if (device == CORVANE_NO_DEVICE) return FailSelection();
     targets.devices.push_back(device);
     return kSuccess;
   }
-  WaitForDevices();
-  const DeviceListPtr list = GetDevices();
-  if (list == nullptr) return kNoDevice;
+  const DeviceList* list = AttachedDevices();
+  if (list == nullptr) return FailSelection();
   for (const DeviceNode* node = list->first; node != nullptr; node = node->next) {
     targets.devices.push_back(node->handle);
   }
@@ -60,9 +57,9 @@ int SelectTargets(const CommandNode& leaf, Targets& targets) {
 }
 
 // Sets the clock of every target; make_time gives the record anew for each. The last call decides
-// about the result. A device without timing changes it to unsupported, unless that is success.
+// about the result; a device without timing counts as a failing call or not at all.
 template <class MakeTime>
-int SetTimes(const Targets& targets, const Messages& messages, int unsupported,
+int SetTimes(const Targets& targets, const Messages& messages, WithoutTiming without_timing,
              MakeTime make_time) {
   int result = kSuccess;
   int position = 0;
@@ -70,7 +67,7 @@ int SetTimes(const Targets& targets, const Messages& messages, int unsupported,
     if (targets.all) printf("Corvane %d: ", position++);
     if (!Supports(device, kGps)) {
       puts(kTimingUnsupported);
-      if (unsupported != kSuccess) result = unsupported;
+      if (without_timing == WithoutTiming::kFails) result = kUnsupported;
       continue;
     }
     result = CorvaneAPISetTimingTime(device, make_time());
@@ -84,7 +81,7 @@ bool ObtainTime(const std::string& server, TimingTimeRecord& time) {
   for (int attempt = 0; attempt < kSntpAttempts; ++attempt) {
     if (QuerySntp(server.c_str(), time.seconds, time.nanoseconds) != 0) {
       puts("Failed to get time from SNTP, retrying");
-    } else if (time.nanoseconds > kEarliestNs && time.nanoseconds < kLatestNs) {
+    } else if (time.nanoseconds >= kEarliestNs && time.nanoseconds <= kLatestNs) {
       return true;
     }
     Wait(kSntpRetryMs);
@@ -95,7 +92,7 @@ bool ObtainTime(const std::string& server, TimingTimeRecord& time) {
 TimingTimeRecord SystemTime() {
   timeval now = {};
   gettimeofday(&now, nullptr);
-  return {kSystemClock, static_cast<uint32_t>(now.tv_sec),
+  return {CORVANE_TIME_SYSTEM, static_cast<uint32_t>(now.tv_sec),
           static_cast<uint32_t>(now.tv_usec) * 1000};
 }
 
@@ -106,12 +103,12 @@ int TimingSetSntp(const CommandNode& leaf) {
   Targets targets;
   const int status = SelectTargets(leaf, targets);
   if (status != kSuccess) return status;
-  TimingTimeRecord time = {kSntp, 0, 0};
+  TimingTimeRecord time = {CORVANE_TIME_SNTP, 0, 0};
   if (!ObtainTime(TextOr(leaf, "sntpserver", kDefaultServer), time)) {
     return Fail(kRejected, "SNTP : Failed to get time from server");
   }
   puts("SNTP : time obtained from server");
-  return SetTimes(targets, {"Time updated", "Failed to set time from SNTP"}, kUnsupported,
+  return SetTimes(targets, {"Time updated", "Failed to set time from SNTP"}, WithoutTiming::kFails,
                   [&time] { return time; });
 }
 
@@ -120,9 +117,10 @@ int TimingSetGps(const CommandNode& leaf) {
   Targets targets;
   const int status = SelectTargets(leaf, targets);
   if (status != kSuccess) return status;
-  return SetTimes(targets, {"Time source updated", "Failed to set time from GPS"}, kSuccess, [] {
-    return TimingTimeRecord{kGpsReceiver, 0, 0};
-  });
+  return SetTimes(targets, {"Time source updated", "Failed to set time from GPS"},
+                  WithoutTiming::kIsPassedOver, [] {
+                    return TimingTimeRecord{CORVANE_TIME_GPS, 0, 0};
+                  });
 }
 
 int TimingSetManual(const CommandNode& leaf) {
@@ -130,10 +128,11 @@ int TimingSetManual(const CommandNode& leaf) {
   Targets targets;
   const int status = SelectTargets(leaf, targets);
   if (status != kSuccess) return status;
-  const TimingTimeRecord time = {kManual, static_cast<uint32_t>(Integer(leaf, "timestamp", 0)),
+  const TimingTimeRecord time = {CORVANE_TIME_MANUAL,
+                                 static_cast<uint32_t>(Integer(leaf, "timestamp", 0)),
                                  static_cast<uint32_t>(Integer(leaf, "timestamp_ns", 0))};
-  return SetTimes(targets, {"Time updated", "Failed to set manual timestamp"}, kSuccess,
-                  [&time] { return time; });
+  return SetTimes(targets, {"Time updated", "Failed to set manual timestamp"},
+                  WithoutTiming::kIsPassedOver, [&time] { return time; });
 }
 
 int TimingSetSystem(const CommandNode& leaf) {
@@ -141,6 +140,6 @@ int TimingSetSystem(const CommandNode& leaf) {
   Targets targets;
   const int status = SelectTargets(leaf, targets);
   if (status != kSuccess) return status;
-  return SetTimes(targets, {"Time updated", "Failed to set system timestamp"}, kSuccess,
-                  SystemTime);
+  return SetTimes(targets, {"Time updated", "Failed to set system timestamp"},
+                  WithoutTiming::kIsPassedOver, SystemTime);
 }
