@@ -3,7 +3,6 @@
 #include <string>
 
 #include "device/capabilities.h"
-#include "device/output.h"
 #include "device/report.h"
 #include "device/session.h"
 #include "device/status.h"
@@ -13,7 +12,7 @@
 namespace {
 
 constexpr int kReservedCounter = CORVANE_COUNTERS_V2 - 1;
-constexpr int kNone = -1;  // a condition to ignore, no size condition, a number that was not given
+constexpr int kNoNumber = -1;  // of an option that was not given
 constexpr const char* kCountersUnsupported = "Your device does not support statistics V2";
 
 struct SizeMode {
@@ -93,8 +92,8 @@ bool ApplyMode(const CommandNode& leaf, CounterV2Config& counter) {
 void ApplySize(const CommandNode& leaf, CounterV2Config& counter) {
   int32_t mode = 0;
   for (const SizeMode& size_mode : kSizeModes) {
-    const int size = Integer(leaf, size_mode.key, kNone);
-    if (size != kNone) {
+    const int size = Integer(leaf, size_mode.key, kNoNumber);
+    if (size != kNoNumber) {
       counter.size_mode = mode;
       counter.size = size;
       return;
@@ -109,7 +108,7 @@ bool ApplyFamily(const CommandNode& leaf, const Family& family, const Family& ot
                  CounterV2Config& counter) {
   if (OnOff(leaf, family.key) == kNotGiven) return true;
   counter.*family.condition = OnOff(leaf, family.key);
-  if (OnOff(leaf, other.key) == kNotGiven) counter.*other.condition = kNone;
+  if (OnOff(leaf, other.key) == kNotGiven) counter.*other.condition = CORVANE_IGNORE;
   const std::string address = TextOr(leaf, family.address_key, "");
   if (!address.empty()) {
     return SetCounterIpWildcard(address, counter, family.version) || Refuse(family.invalid);
@@ -146,20 +145,20 @@ int GetCounter(DeviceHandle device, int index, CounterV2Config& counter) {
 }
 
 const char* ConditionText(int32_t condition) {
-  if (condition == 1) return "Count if true";
-  return condition == 0 ? "Count if false" : "Ignore";
+  if (condition == CORVANE_COUNT_IF_TRUE) return "Count if true";
+  return condition == CORVANE_COUNT_IF_FALSE ? "Count if false" : "Ignore";
 }
 
 std::string SizeModeText(const CounterV2Config& counter) {
-  if (counter.size_mode == kNone) return "Disabled";
+  if (counter.size_mode == CORVANE_IGNORE) return "Disabled";
   const bool known = counter.size_mode == 0 || counter.size_mode == 1;
   const SizeMode& mode = kSizeModes[known ? counter.size_mode : 2];
   return std::string(mode.words) + " " + std::to_string(counter.size);
 }
 
 std::string AddressText(const CounterV2Config& counter) {
-  if (counter.ipv4 != kNone) return FormatCounterIpWildcard(counter, kIpv4);
-  if (counter.ipv6 != kNone) return FormatCounterIpWildcard(counter, kIpv6);
+  if (counter.ipv4 != CORVANE_IGNORE) return FormatCounterIpWildcard(counter, kIpv4);
+  if (counter.ipv6 != CORVANE_IGNORE) return FormatCounterIpWildcard(counter, kIpv6);
   return "None";
 }
 
@@ -187,7 +186,7 @@ int CountersSet(const CommandNode& leaf) {
   const Session session(leaf);
   if (!session.has_device()) return kNoDevice;
   if (!Supports(session.device(), kStatisticsV2)) return Fail(kRejected, kCountersUnsupported);
-  const int index = Integer(leaf, "counter", kNone);
+  const int index = Integer(leaf, "counter", kNoNumber);
   if (!IsConfigurable(index)) return kRejected;
 
   CounterV2Config counter = {};
@@ -204,7 +203,6 @@ int CountersSet(const CommandNode& leaf) {
 
 // Nothing of the report is printed unless all of it could be read.
 int CountersShow(const CommandNode& leaf) {
-  ExpectLongReport();
   const Session session(leaf);
   if (!session.has_device()) return kNoDevice;
   if (!Supports(session.device(), kStatisticsV2)) return Fail(kUnsupported, kCountersUnsupported);

@@ -75,9 +75,9 @@ int DpiEnable(const CommandNode& leaf) {
   if (status != kSuccess) return status;
   filter.enabled = 1;
   if (!ApplyPattern(leaf, filter)) {
-    return Fail(kUnsupported, "Invalid hexadecimal value supplied");
+    return Fail(kBadValue, "Invalid hexadecimal value supplied");
   }
-  if (!ApplyMask(leaf, filter)) return Fail(kUnsupported, "Invalid mask value supplied");
+  if (!ApplyMask(leaf, filter)) return Fail(kBadValue, "Invalid mask value supplied");
   return SetFilter(session.device(), filter);
 }
 

@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <iterator>
 
-#include "device/output.h"
 #include "device/report.h"
 #include "device/session.h"
 #include "device/status.h"
@@ -197,7 +196,6 @@ void PrintModule(const SfpInfo& sfp) {
 }  // namespace
 
 int SfpStatus(const CommandNode& leaf) {
-  ExpectLongReport();
   const Session session(leaf);
   if (!session.has_device()) return kNoDevice;
   LinkStatusRecord ports = {};

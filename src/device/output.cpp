@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr size_t kBufferSize = 16384;
+constexpr size_t kBufferSize = 16384;  // the longest report has about 6 kB
 
 int failure = 0;  // errno of the first write that failed
 
@@ -25,9 +25,6 @@ void PrepareOutput() {
     // The lowest number that is free is this one. Writing to what is open for reading fails.
     if ((stream.revents & POLLNVAL) != 0) open("/dev/null", O_RDONLY);
   }
-}
-
-void ExpectLongReport() {
   static char buffer[kBufferSize];
   if (isatty(STDOUT_FILENO) == 0) setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
 }

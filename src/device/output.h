@@ -1,13 +1,10 @@
 // Standard output from the start of the process to its end.
 #pragma once
 
-// Call first. A standard stream that the caller closed becomes one that cannot be written, so that
-// no file or socket opened later gets its number and the reports with it.
+// Call first. Every report fits the buffer of standard output and is written as a whole; a terminal
+// gets it line by line. A standard stream that the caller closed becomes one that cannot be
+// written, so that no file or socket opened later gets its number and the reports with it.
 void PrepareOutput();
-
-// Call before anything is printed when the report may be longer than the usual buffer, 4 kB, but
-// not than 16 kB: it is written as a whole then. A terminal still gets it line by line.
-void ExpectLongReport();
 
 // Writes what was printed so far. False when that or anything before did not get to standard
 // output: what would go on for ever should end then.

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr const char* kUtilityVersion = "1.24";
-
 void PrintVersion(const char* label, const uint8_t (&numbers)[4]) {
   printf("%s version : %u.%u.%u.%u\n", label, numbers[0], numbers[1], numbers[2], numbers[3]);
 }
@@ -24,7 +22,7 @@ void PrintLibraryVersion() {
 
 int Version(const CommandNode& leaf) {
   const Session session(leaf);
-  printf("Command line utility version : %s\n", kUtilityVersion);
+  puts("Command line utility version : " CORVANE_VERSION);
   PrintLibraryVersion();
   if (!session.has_device()) return kNoDevice;
 

@@ -112,31 +112,32 @@ Pass ParseForward(const std::string& text, uint8_t* value, uint8_t* mask) {
   return colon_seen ? Pass::kGoBackward : Pass::kAccepted;
 }
 
-// Fills from byte 15 down to a "::". The first character is never read as part of a group; the walk
-// does not stand still there, because a text without "::" runs out of bytes before it gets to it.
-// A group of fewer than four characters ends up in the high nibbles, as devices expect it.
+// Fills from byte 15 down to a "::". A group of fewer than four characters ends up in the high
+// nibbles, as devices expect it.
 bool ParseBackward(const std::string& text, uint8_t* value, uint8_t* mask) {
+  const char* const characters = text.data();
   bool colon_seen = false;
   int byte = 15;
-  for (size_t p = text.size() - 1;;) {
-    if (!IsIpv6Character(text[p])) return false;
-    if (text[p] == ':') {
+  int p = static_cast<int>(text.size()) - 1;
+  while (p >= 0) {
+    if (!IsIpv6Character(characters[p])) return false;
+    if (characters[p] == ':') {
       if (colon_seen) return true;
       colon_seen = true;
-      if (p == 0) return true;
       --p;
       byte -= 2;
       continue;
     }
     colon_seen = false;
     Group group;
-    for (; p > 0 && text[p] != ':'; --p) {
-      group.PushLeft(text[p]);
+    for (; p >= 0 && characters[p] != ':'; --p) {
+      group.PushLeft(characters[p]);
       if (group.TooLong()) return false;
     }
     if (byte < 1) return false;
     group.Store(value + byte - 1, mask + byte - 1);
   }
+  return true;
 }
 
 uint8_t* MacSlot(PacketFilterRecord& record, bool is_source) {

@@ -10,19 +10,6 @@
 
 namespace {
 
-// match_flags
-constexpr uint32_t kMatchIpv6 = 0x01;
-constexpr uint32_t kMatchDstMac = 0x02;
-constexpr uint32_t kMatchSrcMac = 0x04;
-constexpr uint32_t kMatchDstIp = 0x08;
-constexpr uint32_t kMatchSrcIp = 0x10;
-constexpr uint32_t kMatchDstPort = 0x20;
-constexpr uint32_t kMatchSrcPort = 0x40;
-constexpr uint32_t kMatchVlan = 0x80;
-// either_flags
-constexpr uint16_t kEitherMac = 0x1;
-constexpr uint16_t kEitherIp = 0x2;
-constexpr uint16_t kEitherPort = 0x4;
 // port_masks
 constexpr uint8_t kDstPortMask = 0x3;
 constexpr uint8_t kSrcPortMask = 0xC;
@@ -48,11 +35,22 @@ bool ParseIp(const std::string& text, PacketFilterRecord& filter, bool is_source
   return SetFilterIpWildcard(text, filter, is_source, 0);
 }
 
-constexpr AddressKind kMac = {"mac",         "srcmac",         "dstmac",
-                              "MAC address", ParseMacWildcard, kMatchSrcMac,
-                              kMatchDstMac,  kEitherMac};
-constexpr AddressKind kIp = {"ip",    "srcip",     "dstip",     "IPv4 or IPv6 address",
-                             ParseIp, kMatchSrcIp, kMatchDstIp, kEitherIp};
+constexpr AddressKind kMac = {.either = "mac",
+                              .source = "srcmac",
+                              .destination = "dstmac",
+                              .valid = "MAC address",
+                              .parse = ParseMacWildcard,
+                              .source_flag = CORVANE_MATCH_SRC_MAC,
+                              .destination_flag = CORVANE_MATCH_DST_MAC,
+                              .either_flag = CORVANE_EITHER_MAC};
+constexpr AddressKind kIp = {.either = "ip",
+                             .source = "srcip",
+                             .destination = "dstip",
+                             .valid = "IPv4 or IPv6 address",
+                             .parse = ParseIp,
+                             .source_flag = CORVANE_MATCH_SRC_IP,
+                             .destination_flag = CORVANE_MATCH_DST_IP,
+                             .either_flag = CORVANE_EITHER_IP};
 
 bool RefuseBoth(const char* either, const char* one) {
   printf("%s and %s are mutually exclusive\n", either, one);
@@ -86,7 +84,8 @@ bool ApplyAddresses(const AddressKind& kind, const CommandNode& leaf, PacketFilt
          ApplyAddress(kind, kind.destination, destination, false, filter);
 }
 
-bool IsPort(const char* key, int port) {
+// False with the reason printed.
+bool AcceptPort(const char* key, int port) {
   if (port >= 0 && port <= 65535) return true;
   printf("%s must lie in range 0-65535\n", key);
   return false;
@@ -95,7 +94,7 @@ bool IsPort(const char* key, int port) {
 void UseSourcePort(int port, PacketFilterRecord& filter) {
   filter.src_port = static_cast<uint16_t>(port);
   filter.port_masks |= kSrcPortMask;
-  filter.match_flags |= kMatchSrcPort;
+  filter.match_flags |= CORVANE_MATCH_SRC_PORT;
 }
 
 // Unlike addresses, ports are checked before what excludes them.
@@ -104,21 +103,21 @@ bool ApplyPorts(const CommandNode& leaf, PacketFilterRecord& filter) {
   const int source = Integer(leaf, "srcport", kNoPort);
   const int destination = Integer(leaf, "dstport", kNoPort);
   if (either != kNoPort) {
-    if (!IsPort("port", either)) return false;
+    if (!AcceptPort("port", either)) return false;
     if (source != kNoPort) return RefuseBoth("port", "srcport");
     if (destination != kNoPort) return RefuseBoth("port", "dstport");
     UseSourcePort(either, filter);
-    filter.either_flags |= kEitherPort;
+    filter.either_flags |= CORVANE_EITHER_PORT;
   }
   if (source != kNoPort) {
-    if (!IsPort("srcport", source)) return false;
+    if (!AcceptPort("srcport", source)) return false;
     UseSourcePort(source, filter);
   }
   if (destination != kNoPort) {
-    if (!IsPort("dstport", destination)) return false;
+    if (!AcceptPort("dstport", destination)) return false;
     filter.dst_port = static_cast<uint16_t>(destination);
     filter.port_masks |= kDstPortMask;
-    filter.match_flags |= kMatchDstPort;
+    filter.match_flags |= CORVANE_MATCH_DST_PORT;
   }
   return true;
 }
@@ -131,7 +130,7 @@ int ApplyVlan(const CommandNode& leaf, uint32_t capabilities, PacketFilterRecord
   }
   filter.vlan_id = static_cast<uint16_t>(vlan_id);
   filter.vlan_mask = 0xFFFF;
-  filter.match_flags |= kMatchVlan;
+  filter.match_flags |= CORVANE_MATCH_VLAN;
   return kSuccess;
 }
 
@@ -165,29 +164,29 @@ void PrintAddress(const char* label, bool used, const std::string& address) {
 }
 
 void PrintMacs(const PacketFilterRecord& filter) {
-  const bool either = (filter.either_flags & kEitherMac) != 0;
+  const bool either = (filter.either_flags & CORVANE_EITHER_MAC) != 0;
   printf("\tSource OR Destination MAC mode: %s\n", YesOrNo(either));
   const std::string source = FormatMacWildcard(filter, true);
   if (either) {
     PrintAddress("MAC", true, source);
     return;
   }
-  PrintAddress("Source MAC", (filter.match_flags & kMatchSrcMac) != 0, source);
-  PrintAddress("Destination MAC", (filter.match_flags & kMatchDstMac) != 0,
+  PrintAddress("Source MAC", (filter.match_flags & CORVANE_MATCH_SRC_MAC) != 0, source);
+  PrintAddress("Destination MAC", (filter.match_flags & CORVANE_MATCH_DST_MAC) != 0,
                FormatMacWildcard(filter, false));
 }
 
 void PrintIps(const PacketFilterRecord& filter) {
-  const int version = (filter.match_flags & kMatchIpv6) != 0 ? kIpv6 : kIpv4;
-  const bool either = (filter.either_flags & kEitherIp) != 0;
+  const int version = (filter.match_flags & CORVANE_MATCH_IPV6) != 0 ? kIpv6 : kIpv4;
+  const bool either = (filter.either_flags & CORVANE_EITHER_IP) != 0;
   printf("\tSource OR Destination IP mode: %s\n", YesOrNo(either));
   const std::string source = FormatFilterIpWildcard(filter, true, version);
   if (either) {
     PrintAddress("IP", true, source);
     return;
   }
-  PrintAddress("Source IP", (filter.match_flags & kMatchSrcIp) != 0, source);
-  PrintAddress("Destination IP", (filter.match_flags & kMatchDstIp) != 0,
+  PrintAddress("Source IP", (filter.match_flags & CORVANE_MATCH_SRC_IP) != 0, source);
+  PrintAddress("Destination IP", (filter.match_flags & CORVANE_MATCH_DST_IP) != 0,
                FormatFilterIpWildcard(filter, false, version));
 }
 
@@ -196,14 +195,15 @@ void PrintNumber(const char* label, bool used, unsigned number) {
 }
 
 void PrintPorts(const PacketFilterRecord& filter) {
-  const bool either = (filter.either_flags & kEitherPort) != 0;
+  const bool either = (filter.either_flags & CORVANE_EITHER_PORT) != 0;
   printf("\tSource OR Destination port mode: %s\n", YesOrNo(either));
   if (either) {
     PrintNumber("Port", true, filter.src_port);
     return;
   }
-  PrintNumber("Source port", (filter.match_flags & kMatchSrcPort) != 0, filter.src_port);
-  PrintNumber("Destination port", (filter.match_flags & kMatchDstPort) != 0, filter.dst_port);
+  PrintNumber("Source port", (filter.match_flags & CORVANE_MATCH_SRC_PORT) != 0, filter.src_port);
+  PrintNumber("Destination port", (filter.match_flags & CORVANE_MATCH_DST_PORT) != 0,
+              filter.dst_port);
 }
 
 }  // namespace
@@ -227,12 +227,15 @@ int FilterShow(const CommandNode& leaf) {
   if (status != kSuccess) return Fail(status, "Failed to get the filter configuration");
 
   puts("Packet filter configuration:");
-  if (filter.enable != 1) return Fail(kSuccess, "\tFilter disabled");
+  if (filter.enable != 1) {
+    puts("\tFilter disabled");
+    return kSuccess;
+  }
   PrintMacs(filter);
   PrintIps(filter);
   PrintPorts(filter);
   if ((capabilities & kVlanFilter) != 0) {
-    PrintNumber("VLAN id", (filter.match_flags & kMatchVlan) != 0, filter.vlan_id);
+    PrintNumber("VLAN id", (filter.match_flags & CORVANE_MATCH_VLAN) != 0, filter.vlan_id);
   }
   return kSuccess;
 }

@@ -8,5 +8,5 @@ const CommandNode& BuildCommandTree();
 
 // The same for one run: words (null-terminated) follow the program's name on its command line. What
 // they do not lead to has name and description but nothing below and no parameters, as making the
-// parameters of 50 commands would cost a run more than the one that it is for.
+// parameters of every command would cost a run more than the one that it is for.
 const CommandNode& BuildCommandTree(const char* const* words);

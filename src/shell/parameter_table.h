@@ -35,65 +35,90 @@ enum class ParameterKind : uint8_t {
   kSwitch
 };
 
-// Empty is what there is none of.
+// A text that a parameter does not have stays empty.
 struct ParameterSpec {
-  TableText<20> key;
-  TableText<2> short_option;
-  TableText<20> long_option;
-  ParameterKind kind;
-  TableText<28> datatype;
-  TableText<180> glossary;
-  TableText<28> pattern;
-  int flags;
+  TableText<20> key = nullptr;
+  TableText<2> short_option = nullptr;
+  TableText<20> long_option = nullptr;
+  ParameterKind kind = ParameterKind::kFlag;
+  TableText<28> datatype = nullptr;
+  TableText<180> glossary = nullptr;
+  TableText<28> pattern = nullptr;
+  int flags = 0;  // argtable3's, of a pattern
 };
 
 constexpr ParameterSpec FlagSpec(const char* name, const char* glossary) {
-  return {name, nullptr, name, ParameterKind::kFlag, nullptr, glossary, nullptr, 0};
+  return {.key = name, .long_option = name, .kind = ParameterKind::kFlag, .glossary = glossary};
 }
 constexpr ParameterSpec IntegerSpec(const char* key, const char* long_option, const char* datatype,
                                     const char* glossary) {
-  return {key, nullptr, long_option, ParameterKind::kInteger, datatype, glossary, nullptr, 0};
+  return {.key = key,
+          .long_option = long_option,
+          .kind = ParameterKind::kInteger,
+          .datatype = datatype,
+          .glossary = glossary};
 }
 constexpr ParameterSpec IntegerSpec(const char* name, const char* datatype, const char* glossary) {
   return IntegerSpec(name, name, datatype, glossary);
 }
 constexpr ParameterSpec RealSpec(const char* name, const char* datatype, const char* glossary) {
-  return {name, nullptr, name, ParameterKind::kReal, datatype, glossary, nullptr, 0};
+  return {.key = name,
+          .long_option = name,
+          .kind = ParameterKind::kReal,
+          .datatype = datatype,
+          .glossary = glossary};
 }
 constexpr ParameterSpec TextSpec(const char* name, const char* datatype, const char* glossary) {
-  return {name, nullptr, name, ParameterKind::kText, datatype, glossary, nullptr, 0};
+  return {.key = name,
+          .long_option = name,
+          .kind = ParameterKind::kText,
+          .datatype = datatype,
+          .glossary = glossary};
 }
 constexpr ParameterSpec FileSpec(const char* short_option, const char* name, const char* datatype,
                                  const char* glossary) {
-  return {name, short_option, name, ParameterKind::kFile, datatype, glossary, nullptr, 0};
+  return {.key = name,
+          .short_option = short_option,
+          .long_option = name,
+          .kind = ParameterKind::kFile,
+          .datatype = datatype,
+          .glossary = glossary};
 }
 constexpr ParameterSpec PatternSpec(const char* key, const char* long_option, const char* pattern,
                                     const char* datatype, int flags, const char* glossary) {
-  return {key, nullptr, long_option, ParameterKind::kPattern, datatype, glossary, pattern, flags};
+  return {.key = key,
+          .long_option = long_option,
+          .kind = ParameterKind::kPattern,
+          .datatype = datatype,
+          .glossary = glossary,
+          .pattern = pattern,
+          .flags = flags};
 }
 constexpr ParameterSpec SwitchSpec(const char* key, const char* long_option, const char* glossary) {
-  return {key, nullptr, long_option, ParameterKind::kSwitch, nullptr, glossary, nullptr, 0};
+  return {
+      .key = key, .long_option = long_option, .kind = ParameterKind::kSwitch, .glossary = glossary};
 }
 constexpr ParameterSpec SwitchSpec(const char* name, const char* glossary) {
   return SwitchSpec(name, name, glossary);
 }
 
 inline constexpr ParameterSpec kOneDevice = {
-    "device",  "d",
-    "device",  ParameterKind::kText,
-    "<MAC|n>", "Specify to which corvane device the command applies. (defaults to the first one)",
-    nullptr,   0};
+    .key = "device",
+    .short_option = "d",
+    .long_option = "device",
+    .kind = ParameterKind::kText,
+    .datatype = "<MAC|n>",
+    .glossary = "Specify to which corvane device the command applies. (defaults to the first one)"};
 
 inline constexpr ParameterSpec kOneDeviceOrAll = {
-    "device",
-    "d",
-    "device",
-    ParameterKind::kText,
-    "<MAC|n|all>",
-    "Specify to which corvane device the command applies. (defaults to the first one, 'all' to "
-    "apply to all connected Corvanes)",
-    nullptr,
-    0};
+    .key = "device",
+    .short_option = "d",
+    .long_option = "device",
+    .kind = ParameterKind::kText,
+    .datatype = "<MAC|n|all>",
+    .glossary =
+        "Specify to which corvane device the command applies. (defaults to the first one, 'all' to "
+        "apply to all connected Corvanes)"};
 
 inline constexpr ParameterSpec kDirectCaptureParameters[] = {
     FlagSpec("loop", "Enable round-robin style capture."),
@@ -161,7 +186,10 @@ inline constexpr ParameterSpec kStatisticsParameters[] = {
 };
 
 inline constexpr ParameterSpec kCounterParameters[] = {
-    {"counter", nullptr, "counter", ParameterKind::kCounterIndex, "<counter>", nullptr, nullptr, 0},
+    {.key = "counter",
+     .long_option = "counter",
+     .kind = ParameterKind::kCounterIndex,
+     .datatype = "<counter>"},
     FlagSpec("packets", "Count the values in packets"),
     FlagSpec("bytes", "Count the values in bytes"),
     SwitchSpec("porta", "Count the values for port A"),

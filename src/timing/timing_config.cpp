@@ -21,7 +21,10 @@ struct Choice {
   uint32_t code;
 };
 
-constexpr Choice kSources[] = {{"system", 0}, {"rtc", 1}, {"gps", 2}, {"none", 3}};
+constexpr Choice kSources[] = {{"system", CORVANE_TIME_SYSTEM},
+                               {"rtc", CORVANE_TIME_RTC},
+                               {"gps", CORVANE_TIME_GPS},
+                               {"none", CORVANE_TIME_NONE}};
 constexpr Choice kPlaces[] = {{"capture", 0}, {"ingress", 1}, {"egress", 2}};
 
 constexpr const char* kInitializations[] = {"Initialize from system time", "Initialize from RTC",
@@ -112,7 +115,7 @@ int TimingConfig(const CommandNode& leaf) {
   ApplySwitch(leaf, "forcepps", features.forcepps);
   ApplySwitch(leaf, "ppsoutput", features.ppsoutput);
   if (!ApplyCompensation(leaf, features)) {
-    return Fail(kUnsupported,
+    return Fail(kBadValue,
                 "Invalid PPS compensation delay specified. The delay must be in [-50.6;0] ns.");
   }
   ApplyChoice(leaf, "portAts", kPlaces, features.portAts);
