@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 # manual_test.py BUILD SOURCE: checks the manual pages, runs every command that they and the README
-# show and compares what it prints; asks for the help of every command that the page lists.
+# show and compares what it prints; asks for the help of every command that the page lists; loads
+# every configuration of simulated devices.
 #
 # A display is a session: its commands share a folder and the simulated devices' state. "..." alone
-# on a line stands for any lines.
+# on a line stands for any lines, a time of 14 digits for any time.
+import glob
 import os
 import re
 import shutil
@@ -51,9 +53,11 @@ def plain(text):
 
 
 def displays(path):
-    """Those of a page; the README's as one, because its later parts go on from the first."""
+    """Those of a page; the README's as one, because its later parts go on from the first, together
+    with what it exports."""
     if path == README:
-        return ["".join(re.findall(r"^```console\n(.*?)^```", read(path), re.M | re.S))]
+        blocks = re.findall(r"^```(?:console|sh)\n(\$ .*?|export .*?)^```", read(path), re.M | re.S)
+        return ["".join(re.sub("^export", "$ export", block) for block in blocks)]
     return re.findall(r"^\.Bd -literal.*?\n(.*?)^\.Ed", plain(read(path)), re.M | re.S)
 
 
@@ -61,6 +65,7 @@ def matches(expected, got):
     """Blanks at line ends and empty lines at the end do not show on a page."""
     expected = re.escape(re.sub(" +$", "", expected, flags=re.M))
     pattern = expected.replace(re.escape("...\n"), "(?:.*\n)*")
+    pattern = re.sub(r"\d{14}", r"\\d{14}", pattern)
     lines = [line.rstrip() + "\n" for line in got.rstrip().splitlines()]
     return re.fullmatch(pattern, "".join(lines))
 
@@ -78,45 +83,52 @@ def run_display(path, display, folder):
     return len(steps)
 
 
-def install_sim(folder):
-    """corvane-sim where it would be installed: beside the simulator, as far as its script goes."""
-    os.makedirs(f"{folder}/bin")
-    os.chmod(shutil.copy(f"{BUILD}/corvane-sim", f"{folder}/bin"), 0o755)
-    library = re.search(r"\$here/([^$]*)\$", read(f"{BUILD}/corvane-sim")).group(1)
-    library = os.path.normpath(f"{folder}/bin/{library}")
-    os.makedirs(os.path.dirname(library), exist_ok=True)
-    os.symlink(f"{BUILD}/simulator", library)
-    os.environ["PATH"] = f"{folder}/bin:{BUILD}:{BUILD}/tools/report:{os.environ['PATH']}"
-    os.environ.pop("CORVANE_SIM_CONFIG", None)
-
-
 def check_commands(page):
-    """Each command has a section with every option that its help has."""
-    command = re.compile(r"^\.S[sh] (corvane .*)\n((?:(?!\.S[sh] ).*\n)*)", re.M)
-    commands = command.findall(plain(read(page)))
+    """Each command has a section with every option that its help has; those of all stand once."""
+    text = plain(read(page))
+    options = re.compile(r"Fl -(\w+)")
+    common = options.findall(re.search(r"^\.Sh OPTIONS\n(.*?)^\.Sh", text, re.M | re.S).group(1))
+    commands = re.findall(r"^\.S[sh] (corvane .*)\n((?:(?!\.S[sh] ).*\n)*)", text, re.M)
     for name, section in commands:
-        shown = run(f"{BUILD}/corvane", *name.split()[1:], "help")
+        shown = run(*name.split(), "help")
         wanted = set(re.findall(r"^ +(?:-\w, )?--(\w+)", shown.stdout, re.M))
-        described = set(re.findall(r"Fl -(\w+)", section))
+        described = set(options.findall(section) + (common if name != "corvane list" else []))
         check(shown.returncode == 0 and wanted == described, f"{name}: {wanted ^ described}")
+        check(("|all>" in shown.stdout) == ("Cm all" in section), f"{name}: all")
     check(len(commands) >= 38, f"{len(commands)} commands in the page")
+
+
+def check_configuration(path, text, folder):
+    """It loads as it stands, with all its devices."""
+    with open(f"{folder}/taps.toml", "w", encoding="utf-8") as file:
+        file.write(text)
+    shown = run("corvane", "list", cwd=folder, env={
+        **os.environ, "CORVANE_SIM_CONFIG": f"{folder}/taps.toml",
+        "CORVANE_SIM_STATE": tempfile.mkdtemp(dir=folder)})
+    devices = text.count("[[device]]")
+    found = len(re.findall(r"^\d+ : ", shown.stdout, re.M))
+    check(0 < devices == found, f"{path}: {text}--- printed\n{shown.stdout}")
 
 
 if not shutil.which("mandoc") or not shutil.which("man"):
     print("skipped: no mandoc or no man")
     sys.exit(77)
 with tempfile.TemporaryDirectory() as folder:
-    install_sim(folder)
-    ran = 0
-    for path in PAGES + [README]:
-        if path != README:
-            lint(path)
+    os.makedirs(f"{folder}/build")
+    os.symlink(BUILD, f"{folder}/build/release")
+    os.environ.pop("CORVANE_SIM_CONFIG", None)
+    ran = run_display(README, displays(README)[0], folder)
+    os.environ["PATH"] = f"{BUILD}/bin:{os.environ['PATH']}"
+    for path in PAGES:
+        lint(path)
         for display in displays(path):
-            if "[[device]]" in display:  # the file that the page's next example reads
-                with open(f"{folder}/taps.toml", "w", encoding="utf-8") as file:
-                    file.write(display)
+            if "[[device]]" in display:  # the page's next example reads it too
+                check_configuration(path, display, folder)
             ran += run_display(path, display, folder) if "$ " in display else 0
     check_commands(PAGES[0])
+    for path in [README] + glob.glob(f"{SOURCE}/docs/*.md"):
+        for block in re.findall(r"^```toml\n(.*?)^```", read(path), re.M | re.S):
+            check_configuration(path, block, folder)
 check(ran > 10, f"only {ran} commands found")
 print("\n\n".join(failures) or f"{ran} commands")
 sys.exit(1 if failures else 0)

@@ -28,7 +28,7 @@ TEST(SntpClient, ReadsTheTransmitTimestamp) {
   }
 }
 
-// The request goes to the all-zero address then.
+// Nothing can be sent then.
 TEST(SntpClient, WaitsInVainForANameWithoutIpv4) {
   uint32_t seconds = 7, nanoseconds = 7;
   testing::internal::CaptureStdout();

@@ -20,7 +20,7 @@ struct StatusMeaning {
 inline constexpr StatusMeaning kStatusMeanings[] = {
     {kSuccess, "done"},
     {kOutputLost, "done, but standard output could not be written; standard error says why"},
-    {kRejected, "wrong command line (the usage is printed), or values that do not go together"},
+    {kRejected, "refused or failed, for one of the reasons below"},
     {kNoFirmwareFile, "an update without a firmware file"},
     {kNoDevice, "no such device"},
     {kUnsupported, "the device cannot do this, or a value or an option is missing or invalid"},

@@ -10,9 +10,10 @@ inline constexpr int kSntpSelectFailed = -2;
 
 // Asks the server, a host name or an IPv4 address, for the time and waits 0.2 s for its answer.
 // Returns 0 with seconds (Unix time, modulo 2^32) and nanoseconds filled, a resolver's error code
-// (EAI_...) or a negative number. Prints one word when the answer does not come. A name that has no
-// IPv4 address is asked at 0.0.0.0; of several the last counts. The answer is taken as it is,
-// however short: octets that did not come read as 0. Every call leaves one socket open.
+// (EAI_...) or a negative number. Prints one word when the answer does not come. Of several IPv4
+// addresses the last counts. For a name without one nothing is sent (an address that is all zero
+// fails with EINVAL), and the query times out. The answer is taken as it is, however short: octets
+// that did not come read as 0. Every call leaves one socket open.
 int QuerySntp(const char* server, uint32_t& seconds, uint32_t& nanoseconds);
 
 // The request: leap indicator 3 (unknown), version 3, mode 3 (client), poll exponent 10, else 0.

@@ -52,10 +52,6 @@ std::string ValueOf(const Option& option) {
       return "";
     case Values::kAlternatives:
       return " Ns = Ns Cm " + Join(option.alternatives, " Ns | Ns Cm ");
-    case Values::kDevice:
-      return " Ns = Ns Ar MAC Ns | Ns Ar n";
-    case Values::kDeviceOrAll:
-      return " Ns = Ns Ar MAC Ns | Ns Ar n Ns | Ns Cm all";
     default:
       return " Ns = Ns Ar " + option.datatype;
   }
@@ -69,12 +65,24 @@ void WriteOption(FILE* out, const Option& option) {
   if (option.required) fputs("Required.\n", out);
 }
 
+bool NamesDevice(const Option& option) {
+  return option.values == Values::kDevice || option.values == Values::kDeviceOrAll;
+}
+
+// The page explains --device once, for all commands; the ones that take "all" say so.
 void WriteLeaf(FILE* out, const Command& leaf) {
   fprintf(out, ".Ss corvane %s\n", Join(leaf.path, " ").c_str());
   WriteText(out, leaf.description);
-  if (leaf.options.empty()) return;
+  std::vector<Option> options;
+  for (const Option& option : leaf.options) {
+    if (!NamesDevice(option)) options.push_back(option);
+    if (option.values == Values::kDeviceOrAll) {
+      fputs("Takes\n.Fl \\-device Ns = Ns Cm all .\n", out);
+    }
+  }
+  if (options.empty()) return;
   fputs(".Bl -tag -width Ds\n", out);
-  for (const Option& option : leaf.options) WriteOption(out, option);
+  for (const Option& option : options) WriteOption(out, option);
   fputs(".El\n", out);
 }
 
