@@ -108,7 +108,8 @@ TEST_F(MachineTest, NeitherFollowsNorTrustsWhatOthersPutInItsWay) {
       {"rmdir state; (umask 0; $list) && $list", 0, ""},
       {"chown 1 state || exit 77; $list", 0, ""},
       {"chown 1 $simulator || exit 77; $bare$PWD/home $list", 255, "it belongs to another user; "},
-      {": >$simulator/devices.db; chown 1 $_ || exit 77; $bare$PWD/home $list", 255, foreign},
+      {"db=$simulator/devices.db; : >$db; chown 1 $db || exit 77; $bare$PWD/home $list", 255,
+       foreign},
       {"unshare -U true || exit 77; unshare -U --map-user=54321 $bare $list", 255,
        "there is no home folder for the device state: CORVANE_SIM_STATE can name a folder"},
       {"unshare -Urm true || exit 77; echo root:x:0:0::$PWD/home: >users;"
