@@ -82,6 +82,7 @@ if [ "$(id -u)" -eq 0 ] && chroot / true 2>/dev/null; then
   mkdir -p "$root/tmp"
   cp -L --parents "${programs[@]}" "${libraries[@]}" "$root"
   got=$(in_root corvane-sim corvane list) || fail "$got"
+  [[ $(in_root corvane-sim --help) == usage:* ]] || fail 'corvane-sim does not explain itself'
   ! in_root corvane list >/dev/null || fail 'corvane finds the simulator without being told'
   export root
   export -f in_root set_time
