@@ -93,6 +93,7 @@ void ExpectTimes(const Simulation& simulation, const std::string& more, const st
 TEST(TimeFromNetwork, AsksForTheMiddleOfASecond) {
   const Simulation simulation(OneDevice(kGps) + DeviceToml(11, "00:00:00:00:00:01", 0));
   const Server server([](int socket, const sockaddr_in& to, int request) {
+    if (request == 1) usleep(60'000);
     // 199999988 ns and 700000047 ns are not in the middle, 200000002 ns are.
     const uint32_t fractions[] = {0x33333300, 0xB3333400, 0x33333340};
     SendTime(socket, to, fractions[(request - 1) % 3]);
