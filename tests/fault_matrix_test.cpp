@@ -1,10 +1,6 @@
 // Every library call of every command fails with every status that a program could tell apart: once
 // or from there on, by turns. The faults follow from the calls that the commands of
 // golden/faults/commands.txt make; what is to be seen then stands in golden/faults/seen.txt.
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <climits>
@@ -14,6 +10,7 @@
 #include "functions.h"
 #include "shell/command_table.h"
 #include "support/expectations.h"
+#include "support/time_server.h"
 
 namespace {
 
@@ -53,37 +50,6 @@ void ForEach(size_t count, Work work) {
   // A command waits most of its time, for the disk or for five seconds.
   const unsigned processors = std::max(2U, std::thread::hardware_concurrency());
   while (threads.size() < 8 * processors) threads.emplace_back(serve);
-}
-
-// ---- A time server at an address of the loopback for this process alone
-
-std::string ServerAddress() {
-  return inet_ntoa({htonl(0x7F000001U | (static_cast<uint32_t>(getpid()) & 0x3FFFFF) << 2)});
-}
-
-// Negative when the port is not to be had.
-int TimeSocket() {
-  const int server = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  const timeval patience = {0, 20'000};
-  setsockopt(server, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-  sockaddr_in address = {AF_INET, htons(123), {inet_addr(ServerAddress().c_str())}, {}};
-  if (bind(server, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) return server;
-  close(server);
-  return -1;
-}
-
-// Tells the middle of a second whenever asked.
-void TellTime(const std::stop_token& stop, int server) {
-  while (!stop.stop_requested() && server >= 0) {
-    uint8_t packet[48] = {};
-    sockaddr_in from = {};
-    socklen_t size = sizeof from;
-    auto* peer = reinterpret_cast<sockaddr*>(&from);
-    if (recvfrom(server, packet, sizeof packet, 0, peer, &size) < 0) continue;
-    packet[44] = 0x80;
-    sendto(server, packet, sizeof packet, 0, peer, size);
-  }
-  close(server);
 }
 
 // ---- The commands
@@ -294,9 +260,9 @@ TEST(FaultMatrix, EveryFailureEndsAsItShould) {
   std::vector<Command> commands = ReadCommands();
   std::vector<Row> rows = ReadRows();
   ExpectEveryLeaf(BuildCommandTree(), "", commands);
-  const int server = TimeSocket();
-  const std::jthread time(TellTime, server);
-  if (server < 0) {
+  const TimeServer server(
+      [](int socket, const sockaddr_in& to, int) { SendTime(socket, to, kMiddle); });
+  if (!server.bound) {
     puts("fault matrix: UDP port 123 of the loopback is not to be had: without timing setsntp");
     std::erase_if(commands, [](const Command& c) { return c.Begins("timing setsntp"); });
     std::erase_if(rows, [](const Row& row) { return row.leaf.starts_with("timing setsntp"); });
