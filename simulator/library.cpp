@@ -71,7 +71,7 @@ const Fault* FindFault(std::string_view function, std::string_view device, int64
   for (const Fault& fault : TheLibrary().configuration.faults) {
     if (fault.function != function) continue;
     if (fault.device && *fault.device != device) continue;
-    if (fault.call == 0 || fault.call == call) return &fault;
+    if (call >= fault.from && (fault.call == 0 || fault.call == call)) return &fault;
   }
   return nullptr;
 }
