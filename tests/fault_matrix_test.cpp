@@ -13,6 +13,7 @@
 #include "functions.h"
 #include "shell/command_table.h"
 #include "support/expectations.h"
+#include "support/unread.h"
 
 namespace {
 
@@ -130,6 +131,7 @@ Result RunCommand(const Command& command, const std::string& fault, Texts& calls
   Result result = simulation.Run(words);
   // On a busy machine an answer may come too late.
   Replace(result.out, "Timeout..\nFailed to get time from SNTP, retrying\n", "");
+  EXPECT_EQ(Unread(result.out), Texts()) << words << "\n" << result.out;
   calls = simulation.Calls();
   std::erase_if(calls, [](const std::string& call) { return !CanFail(call); });
   return result;
