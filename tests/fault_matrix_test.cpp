@@ -11,6 +11,7 @@
 #include "shell/command_table.h"
 #include "support/expectations.h"
 #include "support/time_server.h"
+#include "support/unread.h"
 
 namespace {
 
@@ -98,6 +99,7 @@ Result RunCommand(const Command& command, const std::string& fault, Texts& calls
   Result result = simulation.Run(words);
   // On a busy machine an answer may come too late.
   Replace(result.out, "Timeout..\nFailed to get time from SNTP, retrying\n", "");
+  EXPECT_EQ(Unread(result.out), Texts()) << words << "\n" << result.out;
   calls = simulation.Calls();
   std::erase_if(calls, [](const std::string& call) { return !CanFail(call); });
   return result;
