@@ -13,7 +13,7 @@ rounds=${1:-5}
 frames=${2:-1000000}
 rate=${3:-100000}
 out=$root/build/benchmarks/live
-corvane=$root/build/release/corvane
+corvane=$root/build/release/bin/corvane
 name=corvane-bench-$$
 
 die() {

@@ -41,7 +41,7 @@ build() {
 # the error that the library makes.
 run() {
   local words=("$out/floor")
-  [ "$1" = floor ] || words=("$root/build/release/corvane" nmea)
+  [ "$1" = floor ] || words=("$root/build/release/bin/corvane" nmea)
   env -i PATH="$PATH" LD_LIBRARY_PATH="$out" NMEA_SOURCE="$2" NMEA_READS="$3" "${words[@]}" \
     2>"$out/said" || [ "$1" = corvane ]
 }
@@ -97,7 +97,7 @@ ratios() {
 }
 
 build
-check_loads_library "$root/build/release/corvane"
+check_loads_library "$root/build/release/bin/corvane"
 check_loads_library "$out/floor"
 rm -f "$out"/*.figures
 delays "$rounds"

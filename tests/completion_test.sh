@@ -14,7 +14,7 @@ trap 'rm -rf "$folder"' EXIT
 mkdir -p "$folder"/here/folder "$folder"/home
 cd "$folder"/here || exit 1
 touch fw-1.bin fw-2.bin
-export CORVANE_SIM_STATE=$folder/state HOME=$folder/home PATH=$build:$PATH
+export CORVANE_SIM_STATE=$folder/state HOME=$folder/home PATH=$build/bin:$PATH
 unset CORVANE_SIM_CONFIG XDG_CONFIG_HOME XDG_DATA_HOME
 declare -A bare=([bash]='bash --norc' [zsh]='zsh -f' [fish]='fish -N')
 
