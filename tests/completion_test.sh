@@ -15,7 +15,7 @@ mkdir -p "$folder"/here/folder "$folder"/home
 said=$(cmake --install "$build" --prefix "$folder/installed" 2>&1) || { echo "$said"; exit 1; }
 cd "$folder"/here || exit 1
 touch fw-1.bin fw-2.bin
-export CORVANE_SIM_STATE=$folder/state HOME=$folder/home PATH=$build:$PATH
+export CORVANE_SIM_STATE=$folder/state HOME=$folder/home PATH=$build/bin:$PATH
 export XDG_DATA_DIRS=$folder/installed/share:/usr/share
 unset CORVANE_SIM_CONFIG XDG_CONFIG_HOME XDG_DATA_HOME
 declare -A bare=([bash]='bash --norc' [zsh]='zsh -f' [fish]=fish)
