@@ -5,6 +5,8 @@
 #include "device/selection.h"
 #include "support/expectations.h"
 
+using namespace corvane;
+
 namespace {
 
 TEST(ParseMac, WantsSixFields) {

@@ -14,6 +14,8 @@
 #include "shell/command_table.h"
 #include "support/expectations.h"
 
+using namespace corvane;
+
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -105,8 +107,8 @@ void ExpectEveryLeaf(const CommandNode& node, const std::string& path,
                      const std::vector<Command>& commands) {
   const auto begins = [&](const Command& command) { return command.Begins(path); };
   EXPECT_TRUE(node.handler == nullptr || std::ranges::any_of(commands, begins)) << path;
-  for (auto child = node.children; child != nullptr && *child != nullptr; ++child) {
-    ExpectEveryLeaf(**child, path + (*child)->name + " ", commands);
+  for (const CommandNode* child : node.children) {
+    ExpectEveryLeaf(*child, path + child->name + " ", commands);
   }
 }
 

@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+using namespace corvane;
+
 namespace {
 
 TEST(SntpClient, ReadsTheTransmitTimestamp) {

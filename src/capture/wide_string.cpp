@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <forward_list>
 
+namespace corvane {
+
 // The buffer starts out as zeroes, terminator included, so that it ends even when mbstowcs gives
 // up. No destructor runs for it at the end of the process, when the library may still be at work.
 const wchar_t* ToWideString(const std::string& text) {
@@ -11,3 +13,5 @@ const wchar_t* ToWideString(const std::string& text) {
   mbstowcs(wide.data(), text.c_str(), wide.size());
   return wide.c_str();
 }
+
+}  // namespace corvane

@@ -1,12 +1,8 @@
 #include "device/device_list.h"
 
-#include <cstdio>
-
-#include "device/identity.h"
-#include "device/session.h"
-#include "device/status.h"
 #include "device/wait.h"
-#include "shell/handlers.h"
+
+namespace corvane {
 
 namespace {
 
@@ -36,14 +32,4 @@ const DeviceList* AttachedDevices() {
   return CorvaneAPIGetDevicesList();
 }
 
-int ListDevices(const CommandNode&) {
-  const Session session;
-  const DeviceList* devices = AttachedDevices();
-  printf("Found %d corvanes\n", devices == nullptr ? 0 : devices->count);
-  const DeviceNode* node = devices == nullptr ? nullptr : devices->first;
-  for (int position = 0; node != nullptr; node = node->next, ++position) {
-    printf("%d : ", position);
-    PrintModelAndMac(node->handle);
-  }
-  return kSuccess;
-}
+}  // namespace corvane

@@ -15,6 +15,8 @@
 
 #include "device/corvane_api.h"
 
+namespace corvane {
+
 // An IP version of 4 selects the 4-byte arrangement of an address; any other, 0 included, the
 // 16-byte one.
 inline constexpr int kIpv4 = 4;
@@ -55,3 +57,5 @@ bool SetCounterIpWildcard(const std::string& text, CounterV2Config& record, int 
 std::string FormatIpWildcard(const uint8_t* value, const uint8_t* mask, int version);
 std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool is_source, int version);
 std::string FormatCounterIpWildcard(const CounterV2Config& record, int version);
+
+}  // namespace corvane

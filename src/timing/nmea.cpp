@@ -1,13 +1,17 @@
+#include "timing/nmea.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 
-#include "device/output.h"
-#include "device/report.h"
+#include "console/output.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
 #include "device/wait.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -41,6 +45,8 @@ int Stream(DeviceHandle device) {
 }  // namespace
 
 int Nmea(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   return session.has_device() ? Stream(session.device()) : kNoDevice;
 }
+
+}  // namespace corvane

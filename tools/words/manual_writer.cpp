@@ -2,8 +2,10 @@
 #include <cctype>
 #include <cstring>
 
-#include "device/status.h"
+#include "console/status.h"
 #include "writers.h"
+
+using namespace corvane;
 
 namespace {
 

@@ -6,6 +6,8 @@
 
 #include "shell/command_table.h"
 
+using namespace corvane;
+
 namespace {
 
 std::string OneLine(const char* text) {
@@ -52,14 +54,12 @@ Option MakeOption(const NamedArg& parameter) {
 
 Command MakeCommand(const CommandNode& node, std::vector<std::string> path) {
   Command command = {path, node.description, {}, {}};
-  for (auto child = node.children; child != nullptr && *child != nullptr; ++child) {
-    path.push_back((*child)->name);
-    command.children.push_back(MakeCommand(**child, path));
+  for (const CommandNode* child : node.children) {
+    path.push_back(child->name);
+    command.children.push_back(MakeCommand(*child, path));
     path.pop_back();
   }
-  for (auto parameter = node.params; parameter != nullptr && *parameter != nullptr; ++parameter) {
-    command.options.push_back(MakeOption(**parameter));
-  }
+  for (const NamedArg* parameter : node.params) command.options.push_back(MakeOption(*parameter));
   return command;
 }
 

@@ -2,6 +2,8 @@
 // result is a status of the device library passed through.
 #pragma once
 
+namespace corvane {
+
 inline constexpr int kSuccess = 0;
 inline constexpr int kOutputLost = 1;  // main() gives it in place of success
 inline constexpr int kRejected = -1;
@@ -26,3 +28,5 @@ inline constexpr StatusMeaning kStatusMeanings[] = {
     {kUnsupported, "the device cannot do this, or a value or an option is missing or invalid"},
     {kAlreadyRunning, "a direct capture runs already"},
 };
+
+}  // namespace corvane

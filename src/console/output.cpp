@@ -1,4 +1,4 @@
-#include "device/output.h"
+#include "console/output.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "device/status.h"
+#include "console/status.h"
+
+namespace corvane {
 
 namespace {
 
@@ -40,3 +42,5 @@ int FinishOutput(int result) {
           strerror(failure == 0 ? EIO : failure));
   return result == kSuccess ? kOutputLost : result;
 }
+
+}  // namespace corvane
