@@ -7,9 +7,8 @@
 # the rounds' ratios with the goals, and OK or MISSED. A missed goal is a finding, not a failure: the
 # status is 0 unless something could not be built or run, or other packets were kept than by the
 # tool.
-set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 rounds=${1:-9}
 packets=${2:-1000000}
 out=$root/build/benchmarks/capture
@@ -26,8 +25,9 @@ die() {
 }
 
 # The frame path and the writer as the release preset builds them.
-build() {
+prepare() {
   local tap=$root/simulator/tap
+  install_packages build measure >&2
   rm -rf "$out"
   mkdir -p "$out"
   g++ -std=c++20 -O2 -flto -DNDEBUG -static-libstdc++ -static-libgcc -I "$root/simulator" \
@@ -74,7 +74,7 @@ measure() {
         ratio <= goal ? "OK" : "MISSED" }'
 }
 
-build
+prepare
 cat "$trace" >/dev/null
 printf '%-26s %8s %8s %8s %7s %6s\n' 'against' kept 'path ms' 'tool ms' ratio goal
 measure 'tcpdump, plain copy' 0.75 '' tcpdump -Z root -r "$trace" -w "$out/tool.kept"

@@ -8,9 +8,8 @@
 # could not be built or run.
 #
 # Instructions and system calls are exact; times and memory are medians of ROUNDS paired runs.
-set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 rounds=${1:-1000}
 out=$root/build/benchmarks
 corvane=$out/installed/bin/corvane
@@ -41,9 +40,12 @@ run_clean() {
   env -i PATH="$PATH" LD_LIBRARY_PATH="$out" "$@"
 }
 
-build() {
-  (cd "$root" && cmake --preset release && cmake --build --preset release &&
-    cmake --install build/release --prefix "$out/installed") >&2
+prepare() {
+  {
+    install_packages build measure
+    build release
+    cmake --install build/release --prefix "$out/installed"
+  } >&2
   mkdir -p "$out"
   local flags=(-std=gnu11 -O2 -Wall -Wextra -I "$root/src")
   local here=$root/benchmarks
@@ -120,7 +122,7 @@ compare() {
   row "list" "CPU of ${*:2}" "$(figure cpu "$figures")" "$1"
 }
 
-build
+prepare
 check_loads_stub "$corvane"
 check_loads_stub "$out/floor"
 floor_instructions=$(count_instructions "$out/floor")

@@ -6,14 +6,13 @@
 # both capture from its other end, one after the other in each round. Prints the medians of ROUNDS
 # rounds with their goals, and OK or MISSED. A missed goal is a finding, not a failure: the status is
 # 0 unless something could not be built or run. Needs root.
-set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 rounds=${1:-5}
 frames=${2:-1000000}
 rate=${3:-100000}
 out=$root/build/benchmarks/live
-corvane=$root/build/release/corvane
+corvane=$root/build/release/bin/corvane
 name=corvane-bench-$$
 
 die() {
@@ -27,8 +26,11 @@ clean_up() {
   ip netns del "$name" 2>/dev/null || true
 }
 
-build() {
-  (cd "$root" && cmake --preset release && cmake --build --preset release) >&2
+prepare() {
+  {
+    install_packages build measure
+    build release
+  } >&2
   rm -rf "$out"
   mkdir -p "$out"
   cc -std=gnu11 -O2 -Wall -Wextra -o "$out/send_frames" "$root/benchmarks/send_frames.c"
@@ -107,7 +109,7 @@ row() { # measure, figure, goal
   printf '%-38s %9s %7s  %s\n' "$1" "$2" "$3" "$verdict"
 }
 
-build
+prepare
 trap clean_up EXIT
 make_veth
 cat >"$out/sim.toml" <<TOML

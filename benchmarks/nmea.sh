@@ -9,9 +9,8 @@
 #
 # The two programs take turns, and each figure is the median of ROUNDS rounds, ratios being taken
 # within a round.
-set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 rounds=${1:-9}
 out=$root/build/benchmarks/nmea
 library=$out/libCorvaneAPI.so.2
@@ -21,8 +20,11 @@ die() {
   exit 1
 }
 
-build() {
-  (cd "$root" && cmake --preset release && cmake --build --preset release) >&2
+prepare() {
+  {
+    install_packages build measure
+    build release
+  } >&2
   mkdir -p "$out"
   local flags=(-std=gnu11 -O2 -Wall -Wextra -I "$root/src")
   local here=$root/benchmarks name
@@ -41,7 +43,7 @@ build() {
 # the error that the library makes.
 run() {
   local words=("$out/floor")
-  [ "$1" = floor ] || words=("$root/build/release/corvane" nmea)
+  [ "$1" = floor ] || words=("$root/build/release/bin/corvane" nmea)
   env -i PATH="$PATH" LD_LIBRARY_PATH="$out" NMEA_SOURCE="$2" NMEA_READS="$3" "${words[@]}" \
     2>"$out/said" || [ "$1" = corvane ]
 }
@@ -96,8 +98,8 @@ ratios() {
   done
 }
 
-build
-check_loads_library "$root/build/release/corvane"
+prepare
+check_loads_library "$root/build/release/bin/corvane"
 check_loads_library "$out/floor"
 rm -f "$out"/*.figures
 delays "$rounds"

@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(names.insert(device.name).second);
   }
   for (const Fault& fault : configuration->faults) {
-    Require(fault.status != 0 && fault.call >= 0 && !fault.function.empty());
+    Require(fault.status != 0 && fault.call >= 0 && fault.from >= 1 && !fault.function.empty());
   }
   return 0;
 }

@@ -3,12 +3,13 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "metrics.h"
 #include "output.h"
 #include "parser.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view input(reinterpret_cast<const char*>(data), size);
-  Metrics metrics(MetricLabel("device", std::string(input.substr(0, 8))));
+  Metrics metrics({{"device", std::string(input.substr(0, 8))}});
   ReportParser parser([&metrics](const Json& report) {
     metrics.Add(report);
     if (!Json::accept(ToJson(report)) || !Json::accept(ToLine(report, "now"))) abort();
@@ -19,6 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     input.remove_prefix(end == std::string_view::npos ? input.size() : end + 1);
   }
   parser.Finish();
-  metrics.Text();
+  const std::string text = metrics.Text();
+  if (text != ValidText(text)) abort();
   return 0;
 }

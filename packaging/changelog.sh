@@ -1,5 +1,6 @@
 #!/bin/sh
-# changelog.sh VERSION DATE <CHANGELOG.md: writes the notes of the version as a Debian changelog.
+# changelog.sh VERSION SECONDS <CHANGELOG.md: writes the notes of the version as a Debian changelog,
+# of so many seconds after 1970.
 printf 'corvane (%s) unstable; urgency=medium\n' "$1"
 awk -v version="$1" '
   /^## / { inside = $2 == version; next }
@@ -11,4 +12,5 @@ awk -v version="$1" '
     if [ -z "$note" ]; then echo; continue; fi
     printf '%s\n' "$note" | fold -s -w 72 | sed '1s/^/  * /; 2,$s/^/    /; s/ *$//'
   done
-printf '\n -- The Corvane utility developers <developers@corvane.invalid>  %s\n' "$2"
+printf '\n -- The Corvane utility developers <developers@corvane.invalid>  %s\n' \
+  "$(date -u -R -d "@$2")"

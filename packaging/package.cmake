@@ -18,6 +18,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/simulator)
 
 set(CPACK_DEBIAN_CORVANE_PACKAGE_NAME corvane)
+set(CPACK_DEBIAN_CORVANE_PACKAGE_DEPENDS netbase)  # its /etc/services has the port of "ntp"
 set(CPACK_DEBIAN_CORVANE_PACKAGE_SUGGESTS "corvane-simulator, bash-completion")
 set(CPACK_COMPONENT_CORVANE_DESCRIPTION
 "configure and monitor Corvane network capture devices
@@ -36,11 +37,31 @@ with devices that exist only in a file and a database: to try the command
 line tool corvane, and to test what uses it. The command corvane-sim runs any
 other command with it.")
 
-# What Debian wants in each: copyright, changes, manuals compressed without a time stamp.
-string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+# Everything in the packages is as old as the release, so that the same sources give the same bytes
+# at any time. The day stands in the heading of its changes; SOURCE_DATE_EPOCH goes before it.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
+file(STRINGS CHANGELOG.md heading REGEX "^## ${PROJECT_VERSION} ")
+string(REGEX MATCH "[0-9]+-[0-9]+-[0-9]+$" day "${heading}")
+execute_process(COMMAND date -u -d ${day} +%s OUTPUT_VARIABLE epoch
+  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+if(DEFINED ENV{SOURCE_DATE_EPOCH})
+  set(epoch $ENV{SOURCE_DATE_EPOCH})
+endif()
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_BINARY_DIR}/package_date.cmake)
+file(WRITE ${CPACK_PROJECT_CONFIG_FILE} "if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
+  set(ENV{SOURCE_DATE_EPOCH} ${epoch})
+endif()
+")
+
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane
+  FILES_MATCHING PATTERN *.md)
+install(DIRECTORY contrib/ansible DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane/examples
+  PATTERN __pycache__ EXCLUDE)
+
+# What Debian wants in each.
 set(changelog ${CMAKE_BINARY_DIR}/changelog.gz)
 add_custom_command(OUTPUT ${changelog}
-  COMMAND ${CMAKE_SOURCE_DIR}/packaging/changelog.sh ${PROJECT_VERSION} ${date}
+  COMMAND ${CMAKE_SOURCE_DIR}/packaging/changelog.sh ${PROJECT_VERSION} ${epoch}
     < ${CMAKE_SOURCE_DIR}/CHANGELOG.md | gzip -9n > ${changelog}
   DEPENDS ${CMAKE_SOURCE_DIR}/CHANGELOG.md ${CMAKE_SOURCE_DIR}/packaging/changelog.sh VERBATIM)
 add_custom_target(changelog ALL DEPENDS ${changelog})
@@ -49,12 +70,11 @@ foreach(component corvane simulator)
   set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   install(FILES packaging/copyright ${changelog} COMPONENT ${component}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package})
-  install(CODE [[
-    file(GLOB pages "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/man/man*/*.[1-9]")
-    if("${CMAKE_INSTALL_PREFIX}" STREQUAL "/usr" AND pages)
-      execute_process(COMMAND gzip -9nf ${pages} COMMAND_ERROR_IS_FATAL ANY)
-    endif()
-  ]] COMPONENT ${component})
+  install(CODE "
+    if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\" AND NOT \"\$ENV{DESTDIR}\" STREQUAL \"\")
+      execute_process(COMMAND \"${CMAKE_SOURCE_DIR}/packaging/finish.sh\" \"\$ENV{DESTDIR}\"
+        COMMAND_ERROR_IS_FATAL ANY)
+    endif()" COMPONENT ${component})
 endforeach()
 
 include(CPack)

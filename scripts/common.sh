@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What the scripts share; sourced, not run.
 set -euo pipefail
 
@@ -10,11 +11,13 @@ as_root() {
   if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# Installs what is missing of scripts/packages; does nothing when all is there.
+# install_packages SECTION...: installs what is missing of these sections of scripts/packages; does
+# nothing when all is there.
 install_packages() {
-  local wanted missing=() name
-  mapfile -t wanted < <(grep -vE '^(#|$)' scripts/packages)
-  local installed
+  local wanted missing=() name installed
+  mapfile -t wanted < <(awk -v sections="$*" '
+    /^\[/ { inside = index(" " sections " ", " " substr($0, 2, length - 2) " ") }
+    inside && /^[a-z]/' scripts/packages | sort -u)
   installed=$(dpkg-query -W -f='${db:Status-Abbrev}${Package}\n' "${wanted[@]}" 2>/dev/null |
     sed -n 's/^ii //p') || true
   for name in "${wanted[@]}"; do

@@ -5,7 +5,7 @@
 #include "device_clock.h"
 
 CapturePlace CapturePlaceOf(const Call& call) {
-  return {StateFolder(), call.device.name};
+  return {call.state.folder(), call.device.name};
 }
 
 CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames) {

@@ -195,15 +195,17 @@ bool ReadFaultCall(Where node, Fault& fault, ConfigurationError& error) {
   return ReadInteger(node, 1, INT32_MAX, fault.call, error);
 }
 
+bool ReadFaultFrom(Where node, Fault& fault, ConfigurationError& error) {
+  return ReadInteger(node, 1, INT32_MAX, fault.from, error);
+}
+
 bool ReadFaultStatus(Where node, Fault& fault, ConfigurationError& error) {
   return ReadInt32(node, fault.status, error);
 }
 
 constexpr Key<Fault> kFaultKeys[] = {
-    {"function", ReadFaultFunction},
-    {"device", ReadFaultDevice},
-    {"call", ReadFaultCall},
-    {"status", ReadFaultStatus},
+    {"function", ReadFaultFunction}, {"device", ReadFaultDevice}, {"call", ReadFaultCall},
+    {"from", ReadFaultFrom},         {"status", ReadFaultStatus},
 };
 
 bool AddFault(toml::node& node, Configuration& configuration, ConfigurationError& error) {

@@ -42,12 +42,13 @@ struct DeviceConfiguration {
   std::map<std::string, GivenRecord, std::less<>> records;  // by the layout's name
 };
 
-// A call to fail: the nth call of the function in a process (any when call is 0), for one device or
-// all of them.
+// Calls to fail: the nth call of the function in a process (any when call is 0) and none before the
+// first to fail, for one device or all of them.
 struct Fault {
   std::string function;
   std::optional<std::string> device;  // its name
   int64_t call = 0;
+  int64_t from = 1;
   int32_t status = 0;
 };
 

@@ -2,7 +2,8 @@
 
 #include <chrono>
 #include <cstring>
-#include <filesystem>
+
+#include "state_folder.h"
 
 namespace {
 
@@ -67,6 +68,27 @@ bool MakeTables(sqlite3* database, int lock_wait_ms) {
   }
 }
 
+// The database and what SQLite puts beside it.
+bool FilesAreOurs(const std::string& path, std::string& reason) {
+  for (const char* end : {"", "-journal", "-wal", "-shm"}) {
+    struct stat facts;
+    if (lstat((path + end).c_str(), &facts) == 0 && !IsStateFile(facts)) {
+      reason = kForeignFile;
+      return false;
+    }
+  }
+  return true;
+}
+
+bool OpenDatabase(const std::string& path, DatabaseHolder& database, std::string& reason) {
+  constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW;
+  sqlite3* opened = nullptr;
+  const int result = sqlite3_open_v2(path.c_str(), &opened, kFlags, nullptr);
+  database.reset(opened);
+  if (result != SQLITE_OK) reason = ReasonOf(opened);
+  return result == SQLITE_OK;
+}
+
 bool SetUp(sqlite3* database, int lock_wait_ms, std::string& reason) {
   sqlite3_busy_timeout(database, lock_wait_ms);
   // Nothing is lost by leaving the write-ahead log to the next writer, and closing stays cheap.
@@ -87,18 +109,12 @@ bool SetUp(sqlite3* database, int lock_wait_ms, std::string& reason) {
 }  // namespace
 
 bool DeviceState::Open(const std::string& folder, int lock_wait_ms, std::string& reason) {
-  std::error_code failure;
-  std::filesystem::create_directories(folder, failure);
-  if (failure) {
-    reason = "cannot make the state folder " + folder + ": " + failure.message();
-    return false;
-  }
+  folder_ = folder;
   path_ = folder + "/devices.db";
-  sqlite3* opened = nullptr;
-  const int result = sqlite3_open(path_.c_str(), &opened);
-  database_.reset(opened);
-  if (result != SQLITE_OK) reason = ReasonOf(opened);
-  if (result == SQLITE_OK && SetUp(opened, lock_wait_ms, reason)) return true;
+  if (FilesAreOurs(path_, reason) && OpenDatabase(path_, database_, reason) &&
+      SetUp(database_.get(), lock_wait_ms, reason)) {
+    return true;
+  }
   reason = "cannot use the device state " + path_ + ": " + reason;
   database_.reset();
   return false;

@@ -20,15 +20,18 @@
 struct DatabaseDeleter {
   void operator()(sqlite3* database) const { sqlite3_close(database); }
 };
+using DatabaseHolder = std::unique_ptr<sqlite3, DatabaseDeleter>;
 
 class DeviceState {
  public:
-  // Opens the database in the folder, making both when they do not exist. Whatever has to wait for
-  // other programs does so for lock_wait_ms at most. Returns false with a reason for people when it
-  // cannot.
+  // Opens the database in the folder, a path without links, and makes it when it does not exist.
+  // Whatever has to wait for other programs does so for lock_wait_ms at most. Returns false with a
+  // reason for people when it cannot.
   bool Open(const std::string& folder, int lock_wait_ms, std::string& reason);
   bool is_open() const { return database_ != nullptr; }
   void Close() { database_.reset(); }
+  // The folder of the database that was opened last.
+  const std::string& folder() const { return folder_; }
 
   // One transaction: all that follows until Commit or Rollback happens for other processes at once
   // or not at all. A writing one waits for its turn. False when the database fails.
@@ -67,7 +70,8 @@ class DeviceState {
                             size_t size);
   void Fail(const std::string& reason);
 
-  std::unique_ptr<sqlite3, DatabaseDeleter> database_;
+  DatabaseHolder database_;
+  std::string folder_;
   std::string path_;
   std::string failure_;  // the first since Begin
 };

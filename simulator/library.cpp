@@ -16,17 +16,7 @@
 #include "factory_records.h"
 #include "functions.h"
 #include "journal.h"
-
-std::string StateFolder() {
-  if (const char* folder = getenv("CORVANE_SIM_STATE"); folder != nullptr && *folder != '\0') {
-    return folder;
-  }
-  if (const char* state = getenv("XDG_STATE_HOME"); state != nullptr && *state == '/') {
-    return std::string(state) + "/corvane-simulator";
-  }
-  const char* home = getenv("HOME");
-  return std::string(home == nullptr ? "/tmp" : home) + "/.local/state/corvane-simulator";
-}
+#include "state_folder.h"
 
 bool Complain(const std::string& text) {
   fprintf(stderr, "corvane-simulator: %s\n", text.c_str());
@@ -81,7 +71,7 @@ const Fault* FindFault(std::string_view function, std::string_view device, int64
   for (const Fault& fault : TheLibrary().configuration.faults) {
     if (fault.function != function) continue;
     if (fault.device && *fault.device != device) continue;
-    if (fault.call == 0 || fault.call == call) return &fault;
+    if (call >= fault.from && (fault.call == 0 || fault.call == call)) return &fault;
   }
   return nullptr;
 }
@@ -174,7 +164,8 @@ bool OpenLibrary() {
   library.configuration = std::move(*configuration);
   std::string reason;
   const auto lock_wait_ms = static_cast<int>(library.configuration.lock_wait_ms);
-  if (!library.state.Open(StateFolder(), lock_wait_ms, reason)) return Complain(reason);
+  const auto folder = UseStateFolder(reason);
+  if (!folder || !library.state.Open(*folder, lock_wait_ms, reason)) return Complain(reason);
   if (!StartDevices()) {
     Complain(library.state.failure());
     CloseLibrary();

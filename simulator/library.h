@@ -76,9 +76,6 @@ void MarkStarted(Call& call, int64_t when_ms);
 Bytes FactOf(int64_t number);
 int64_t NumberFact(Call& call, const char* name);
 
-// Where the devices' state is.
-std::string StateFolder();
-
 // One line on standard error; returns false.
 bool Complain(const std::string& text);
 // The same, but each text once a process.

@@ -44,7 +44,7 @@ for line in 'berne Source MAC: 00:1a:*:00:00:01' 'basle Packet slicing : Enabled
   'zurich Loopback : Enabled' 'basle PPS compensation : -9.55 ns'; do
   grep -qxF "$line" settled || fail "not set: $line"
 done
-jq -se '(.[0].poe_show.errors != []) and .[1].statistics.counters[15].counter == 16 and
+jq -se '(.[0].poe_show.unsupported | length == 1) and .[1].statistics.counters[15].counter == 16 and
   .[2].timing_status.timing_configuration.wait_for_sync' {basle,berne,zurich}.facts >log ||
   fail 'the facts'
 
@@ -74,4 +74,13 @@ done <<'WISHES'
 {"corvane_features": {"nosuch": 1}}|features has no nosuch
 {"corvane_device": "9"}|Invalid Corvane device selected
 {"corvane_features": {"slicing": 64, "autonega": true}}|device cannot change autonega
+{"corvane_timing": {"ppscomp": "fast"}}|ppscomp: .fast. is no number
+{"corvane_command": "ls"}|status 2: ls: unrecognized
+{"corvane_report_command": "true"}|features show --device 0: not the expected report
 WISHES
+
+# What the device does not take as it is wished is not saved.
+! playbook --limit basle -e '{"corvane_features": {"slicing": 70000}}' || fail 'accepted 70000'
+grep -q 'the device did not take slicing' log || fail 'not the reason'
+on_host basle reset >/dev/null
+expect_settings settled 'what was not taken is saved'

@@ -119,10 +119,13 @@ TEST_F(CaptureFilesTest, FilesOfTheSameSecondAreNumberedAndNoneIsOverwritten) {
   Open(writer);
   for (int i = 0; i < 4; ++i) EXPECT_TRUE(writer.Write(FrameOf(1000)));
   EXPECT_TRUE(writer.Write(FrameOf(2000)));  // no file has room for it
-  EXPECT_TRUE(writer.Close());
+  fs::remove(folder_ + "/05_3");
+  fs::create_directory(folder_ + "/05_3");  // cannot make room
+  EXPECT_FALSE(writer.Write(FrameOf(1000)));
+  EXPECT_EQ(writer.reason(), folder_ + "/05_3: Is a directory");
   EXPECT_EQ(Names(), (std::vector<std::string>{"05", "05_3", "05_4"}));
   EXPECT_EQ(ReadFile(folder_ + "/05"), "somebody's");
-  EXPECT_EQ(writer.bytes_dropped(), 2000U);
+  EXPECT_EQ(writer.bytes_dropped(), 3000U);
 }
 
 TEST_F(CaptureFilesTest, WhatCannotBeOpenedIsRefusedWithAReason) {

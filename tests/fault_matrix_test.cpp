@@ -1,18 +1,17 @@
-// Every library call of every command fails once with every status that a program could tell apart.
-// The faults follow from the calls that the commands of golden/faults/commands.txt make; what is to
-// be seen then stands in golden/faults/seen.txt.
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
+// Every library call of every command fails with every status that a program could tell apart: once
+// or from there on, by turns. The faults follow from the calls that the commands of
+// golden/faults/commands.txt make; what is to be seen then stands in golden/faults/seen.txt.
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <sstream>
 #include <thread>
 
 #include "functions.h"
 #include "shell/command_table.h"
 #include "support/expectations.h"
+#include "support/time_server.h"
+#include "support/unread.h"
 
 using namespace corvane;
 
@@ -51,39 +50,9 @@ void ForEach(size_t count, Work work) {
     for (size_t job; (job = next++) < count;) work(job);
   };
   std::vector<std::jthread> threads;
+  // A command waits most of its time, for the disk or for five seconds.
   const unsigned processors = std::max(2U, std::thread::hardware_concurrency());
-  while (threads.size() < processors) threads.emplace_back(serve);
-}
-
-// ---- A time server at an address of the loopback for this process alone
-
-std::string ServerAddress() {
-  return inet_ntoa({htonl(0x7F000001U | (static_cast<uint32_t>(getpid()) & 0x3FFFFF) << 2)});
-}
-
-// Negative when the port is not to be had.
-int TimeSocket() {
-  const int server = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  const timeval patience = {0, 20'000};
-  setsockopt(server, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-  sockaddr_in address = {AF_INET, htons(123), {inet_addr(ServerAddress().c_str())}, {}};
-  if (bind(server, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) return server;
-  close(server);
-  return -1;
-}
-
-// Tells the middle of a second whenever asked.
-void TellTime(const std::stop_token& stop, int server) {
-  while (!stop.stop_requested() && server >= 0) {
-    uint8_t packet[48] = {};
-    sockaddr_in from = {};
-    socklen_t size = sizeof from;
-    auto* peer = reinterpret_cast<sockaddr*>(&from);
-    if (recvfrom(server, packet, sizeof packet, 0, peer, &size) < 0) continue;
-    packet[44] = 0x80;
-    sendto(server, packet, sizeof packet, 0, peer, size);
-  }
-  close(server);
+  while (threads.size() < 8 * processors) threads.emplace_back(serve);
 }
 
 // ---- The commands
@@ -113,12 +82,12 @@ void ExpectEveryLeaf(const CommandNode& node, const std::string& path,
 }
 
 // Two devices that can do everything, but for the second's lack of Statistics V2, and that show the
-// same in every run.
+// same in every run. An address that could not be read looks like the second's.
 std::string Devices() {
   const std::string more =
       "hw_firmwares = ['10G 4.7', '1G 2.3']\nupdate = {duration_ms = 0}\ntiming_status = '" +
       Hex(1, 80) + "'\nstatistics = '" + Hex(2, 232) + "'";
-  return OneDevice(0x3FFFFFF, more) + DeviceToml(11, "00:1a:2b:3c:4d:5f", 0x3FFFDFF, more);
+  return OneDevice(0x3FFFFFF, more) + DeviceToml(11, "00:00:00:00:00:00", 0x3FFFDFF, more);
 }
 
 Result RunCommand(const Command& command, const std::string& fault, Texts& calls) {
@@ -132,6 +101,7 @@ Result RunCommand(const Command& command, const std::string& fault, Texts& calls
   Result result = simulation.Run(words);
   // On a busy machine an answer may come too late.
   Replace(result.out, "Timeout..\nFailed to get time from SNTP, retrying\n", "");
+  EXPECT_EQ(Unread(result.out), Texts()) << words << "\n" << result.out;
   calls = simulation.Calls();
   std::erase_if(calls, [](const std::string& call) { return !CanFail(call); });
   return result;
@@ -160,20 +130,30 @@ std::vector<Row> ReadRows() {
   return rows;
 }
 
-struct Fault {
-  const Command& command;
-  size_t call;  // which of the command's calls fails
-  int nth;      // of its function's calls
-  int status;
-  const Row* row;
-
-  const std::string& function() const { return command.calls[call]; }
+// A call that fails.
+struct Hit {
+  size_t call;     // which of the command's calls
+  int nth;         // which of its function's
+  const Row* row;  // null for none
 };
 
-// The row of a fault, marked as used; null for none.
-Row* FindRow(const Fault& fault, std::vector<Row>& rows) {
-  const std::string function = fault.function().substr(strlen("CorvaneAPI"));
-  const std::string names[] = {function, function + "#" + std::to_string(fault.nth),
+struct Fault {
+  const Command& command;
+  std::string function;
+  int status;
+  bool lasting;  // every later call of the function fails too
+  std::vector<Hit> hits;
+
+  std::string Toml() const {
+    if (!lasting) return FaultToml(function, status, hits[0].nth);
+    return FaultToml(function, status) + "from = " + std::to_string(hits[0].nth) + "\n";
+  }
+};
+
+// The row of a function's nth call, marked as used; null for none.
+Row* FindRow(const Fault& fault, int nth, std::vector<Row>& rows) {
+  const std::string function = fault.function.substr(strlen("CorvaneAPI"));
+  const std::string names[] = {function, function + "#" + std::to_string(nth),
                                function + "=" + std::to_string(fault.status)};
   for (Row& row : rows) {
     if (!fault.command.Begins(row.leaf) || std::ranges::count(names, row.call) == 0) continue;
@@ -183,71 +163,100 @@ Row* FindRow(const Fault& fault, std::vector<Row>& rows) {
   return nullptr;
 }
 
+void AddFault(Fault fault, size_t call, int nth, std::vector<Row>& rows,
+              std::vector<Fault>& faults) {
+  const Texts& calls = fault.command.calls;
+  for (; call < calls.size() && (fault.lasting || fault.hits.empty()); ++call) {
+    if (calls[call] != fault.function) continue;
+    const Row* row = FindRow(fault, nth, rows);
+    fault.hits.push_back({call, nth++, row});
+    if (row != nullptr && row->outcome == "awaited") fault.lasting = false;  // it would never end
+  }
+  faults.push_back(std::move(fault));
+}
+
 void AddFaults(const Command& command, std::vector<Row>& rows, std::vector<Fault>& faults) {
   std::map<std::string, int> count;
   for (size_t call = 0; call < command.calls.size(); ++call) {
     const std::string& function = command.calls[call];
     const int nth = ++count[function];
-    for (const int status : {-1, -4, -5, -13, -14, -15, -77}) {
-      if (status != -1 && function == "CorvaneAPIGetDevicesList") continue;  // returns none
-      faults.push_back({command, call, nth, status, nullptr});
-      faults.back().row = FindRow(faults.back(), rows);
+    bool lasting = call % 2 == 0;
+    for (const int status : {-4, -5, -13, -14, -15, -77, 1, INT_MIN}) {
+      AddFault({command, function, status, lasting, {}}, call, nth, rows, faults);
+      lasting = !lasting;
+      // It returns no status: there is one fault of each kind.
+      if (function == "CorvaneAPIGetDevicesList" && status == -5) break;
     }
   }
 }
 
-Texts ExpectedCalls(const Fault& fault) {
-  const std::string& outcome = fault.row->outcome;
-  Texts calls = fault.command.calls;
-  const auto after = calls.begin() + static_cast<long>(fault.call) + 1;
+// What is to be seen of a command.
+struct Seen {
+  int status;
+  Texts calls;
+  std::string out;
+};
+
+size_t StartOfLine(const std::string& text, int line) {
+  size_t at = 0;
+  for (; line > 0; --line) at = text.find('\n', at) + 1;
+  return at;
+}
+
+void ChangeCalls(const Fault& fault, const Hit& hit, Texts& calls) {
+  const std::string& outcome = hit.row->outcome;
+  const auto after = calls.begin() + static_cast<long>(hit.call) + 1;
   if (outcome == "open") calls.erase(after, calls.end());
   if (outcome == "ends") calls.erase(after, calls.end() - 1);
   if (outcome == "skips") calls.erase(after);
-  if (outcome == "retried") calls.insert(after, fault.function());
-  return calls;
+  if (outcome == "retried") calls.insert(after, fault.lasting ? 49 : 1, fault.function);
+  if (outcome == "awaited") calls.insert(after, fault.function);
 }
 
-int ExpectedStatus(const Fault& fault) {
-  const Row& row = *fault.row;
-  if (!row.status.empty()) return std::stoi(row.status);
-  const bool last = fault.call + 2 == fault.command.calls.size();
-  return row.Ends() || (row.ReplacesLine() && last) ? fault.status & 0xFF
-                                                    : fault.command.healthy.status;
-}
-
-std::string ExpectedOut(const Fault& fault) {
-  const Row& row = *fault.row;
+void ChangeOut(const Row& row, int nth, std::string& out) {
   size_t more = 0;
-  int left = std::stoi(row.kept, &more);
-  if (more < row.kept.size()) left += (fault.nth - 1) * std::stoi(row.kept.substr(more));
+  int kept = std::stoi(row.kept, &more);
+  if (more < row.kept.size()) kept += (nth - 1) * std::stoi(row.kept.substr(more));
   std::string text = row.text;
-  Replace(text, "%d", std::to_string(fault.nth - 1));
-  std::string before;
-  std::string after;
-  std::istringstream healthy(fault.command.healthy.out);
-  for (std::string line; std::getline(healthy, line); --left) {
-    if (left > 0) before += line + "\n";
-    if (left < (row.ReplacesLine() ? 0 : 1)) after += line + "\n";
-  }
-  return before + text + (row.Ends() ? "" : after);
+  Replace(text, "%d", std::to_string(nth - 1));
+  const size_t start = StartOfLine(out, kept);
+  const size_t end = StartOfLine(out, kept + (row.ReplacesLine() ? 1 : 0));
+  out.replace(start, row.Ends() ? out.npos : end - start, text);
 }
 
-std::string Describe(int status, const Texts& calls, const std::string& out) {
-  std::string text = "status " + std::to_string(status) + ", calls";
-  for (const std::string& call : calls) text += " " + call;
-  return text + "\n" + out;
+void ChangeStatus(const Fault& fault, const Hit& hit, int& status) {
+  const bool last = hit.call + 2 == fault.command.calls.size();
+  if (hit.row->Ends() || (hit.row->ReplacesLine() && last)) status = fault.status & 0xFF;
+  if (!hit.row->status.empty()) status = std::stoi(hit.row->status);
+}
+
+Seen Expected(const Fault& fault) {
+  Seen seen = {fault.command.healthy.status, fault.command.calls, fault.command.healthy.out};
+  // The last one first, so that what stands before the others is still in its place.
+  for (size_t i = fault.hits.size(); i > 0; --i) {
+    const Hit& hit = fault.hits[i - 1];
+    ChangeStatus(fault, hit, seen.status);
+    ChangeCalls(fault, hit, seen.calls);
+    ChangeOut(*hit.row, hit.nth, seen.out);
+  }
+  return seen;
+}
+
+std::string Describe(const Seen& seen) {
+  std::string text = "status " + std::to_string(seen.status) + ", calls";
+  for (const std::string& call : seen.calls) text += " " + call;
+  return text + "\n" + seen.out;
 }
 
 // What is wrong with the run; empty when nothing is.
 std::string Inject(const Fault& fault) {
-  const std::string toml = FaultToml(fault.function(), fault.status, fault.nth);
-  const std::string title = fault.command.words + "\n" + toml;
-  if (fault.row == nullptr) return title + "No row says what is to be seen.";
+  const std::string title = fault.command.words + "\n" + fault.Toml();
+  const auto unknown = [](const Hit& hit) { return hit.row == nullptr; };
+  if (std::ranges::any_of(fault.hits, unknown)) return title + "No row says what is to be seen.";
   Texts calls;
-  const Result result = RunCommand(fault.command, toml, calls);
-  const std::string seen = Describe(result.status, calls, result.out) + result.err;
-  const std::string expected =
-      Describe(ExpectedStatus(fault), ExpectedCalls(fault), ExpectedOut(fault));
+  const Result result = RunCommand(fault.command, fault.Toml(), calls);
+  const std::string seen = Describe({result.status, calls, result.out}) + result.err;
+  const std::string expected = Describe(Expected(fault));
   return seen == expected ? "" : title + "Expected " + expected + "Seen " + seen;
 }
 
@@ -255,9 +264,9 @@ TEST(FaultMatrix, EveryFailureEndsAsItShould) {
   std::vector<Command> commands = ReadCommands();
   std::vector<Row> rows = ReadRows();
   ExpectEveryLeaf(BuildCommandTree(), "", commands);
-  const int server = TimeSocket();
-  const std::jthread time(TellTime, server);
-  if (server < 0) {
+  const TimeServer server(
+      [](int socket, const sockaddr_in& to, int) { SendTime(socket, to, kMiddle); });
+  if (!server.bound) {
     puts("fault matrix: UDP port 123 of the loopback is not to be had: without timing setsntp");
     std::erase_if(commands, [](const Command& c) { return c.Begins("timing setsntp"); });
     std::erase_if(rows, [](const Row& row) { return row.leaf.starts_with("timing setsntp"); });

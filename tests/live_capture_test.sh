@@ -56,7 +56,7 @@ send() {
 check() {
   configure b receiver
   start --size 5 --count 0 --maxcache "$1" || fail "does not start"
-  local sent kept dropped
+  local sent kept dropped files
   sent=$(send "$frames" "$2")
   "$corvane" directcapture stop >/dev/null || fail "does not stop"
   dropped=$("$corvane" statistics | awk '/^SW dropped/ { print $NF }')
@@ -65,7 +65,8 @@ check() {
   [[ $((kept + dropped)) == "$frames" ]] || fail "frames are missing"
   [[ $1 -lt 64 || $dropped == 0 ]] || fail "frames were dropped in spite of the cache"
   # The numbers of the frames, in their order.
-  tshark -r "$(ls "$folder"/out/* | head -1)" -T fields -e data 2>/dev/null | cut -c1-8 |
+  files=("$folder"/out/*)
+  tshark -r "${files[0]}" -T fields -e data 2>/dev/null | cut -c1-8 |
     sort -c || fail "the frames are not in order"
 }
 

@@ -12,6 +12,7 @@
 
 #include "device/corvane_api.h"
 #include "support/expectations.h"
+#include "support/golden.h"
 
 namespace {
 
@@ -88,6 +89,41 @@ TEST_F(MachineTest, RefusesWhatIsLockedOrDamagedAndIgnoresTheUnknown) {
   EXPECT_FALSE(fs::exists(folder + "/state/capture-00-1a-2b-3c-4d-5e.status"));
 }
 
+// 77: the row wants rights that the test has not.
+TEST_F(MachineTest, NeitherFollowsNorTrustsWhatOthersPutInItsWay) {
+  const std::string names =
+      "umask 022; page=state/capture-00-1a-2b-3c-4d-5e.status list='" CORVANE_EXECUTABLE
+      " list';"
+      "start='" CORVANE_EXECUTABLE
+      " directcapture start -o x'; home=$PWD/home/.local/state;"
+      "bare='env -uCORVANE_SIM_STATE -uXDG_STATE_HOME HOME='; simulator=$home/corvane-simulator;"
+      "rm -rf state home; mkdir -p state $simulator; echo precious >victim;";
+  const char* foreign = ": it is a link or belongs to another user";
+  const std::tuple<std::string, int, const char*> cases[] = {
+      {"ln -s ../victim $page; $start", 231, foreign},
+      {"ln victim $page; $start", 231, foreign},
+      {"ln -s ../victim state/devices.db; $list", 255, foreign},
+      {"ln -s ../none state/devices.db-journal; $list", 255, foreign},
+      {"chmod o+w state; $list", 255, "state: everyone can write in it"},
+      {"rmdir state; (umask 0; $list) && $list", 0, ""},
+      {"chown 1 state || exit 77; $list", 0, ""},
+      {"chown 1 $simulator || exit 77; $bare$PWD/home $list", 255, "it belongs to another user; "},
+      {"db=$simulator/devices.db; : >$db; chown 1 $db || exit 77; $bare$PWD/home $list", 255,
+       foreign},
+      {"unshare -U true || exit 77; unshare -U --map-user=54321 $bare $list", 255,
+       "there is no home folder for the device state: CORVANE_SIM_STATE can name a folder"},
+      {"unshare -Urm true || exit 77; echo root:x:0:0::$PWD/home: >users;"
+       "unshare -Urm sh -c \"mount --bind users /etc/passwd; $bare $list\" && ls $simulator/*.db",
+       0, ""}};
+  for (const auto& [script, status, complaint] : cases) {
+    const Result result = Shell(simulation, names + script);
+    if (result.status == 77) continue;
+    if (status != 0) ExpectComplaint(result, status, complaint);
+    EXPECT_EQ(result.status, status) << script << result.err;
+    EXPECT_EQ(ReadFile(folder + "/victim"), "precious\n") << script;
+  }
+}
+
 TEST_F(MachineTest, SurvivesAnyBytesInItsDatabase) {
   Sql("PRAGMA journal_mode = DELETE");
   const std::string good = ReadFile(path);
@@ -147,7 +183,9 @@ TEST_F(MachineTest, IsWholeAfterProgramsWereKilledAtAnyMoment) {
 }
 
 TEST_F(MachineTest, ACaptureFollowsWhatIsStoredAndNothingElse) {
-  simulation.Run(start);
+  // Damaged, and held by nobody: no capture.
+  WriteFile(folder + "/state/capture-00-1a-2b-3c-4d-5e.status", std::string(100'000, '\xff'));
+  EXPECT_EQ(simulation.Run(start).status, 0);
   const std::string nothing = "statsv2 set --counter 0 --porta off --portb off";
   EXPECT_EQ(RunLimited(nothing, fs::file_size(path + "-wal")).status, 233);
   EXPECT_TRUE(Grows("Counter 01"));

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# package_test.sh BUILD: builds the Debian packages from the build folder, checks them with lintian,
-# installs them into an empty root and runs the utility there on the simulator.
+# package_test.sh BUILD: builds the Debian packages from the build folder twice, compares them, checks
+# them with lintian, installs them into an empty root and runs the utility there on the simulator.
 set -euo pipefail
 build=$1
+source=$(cd "$(dirname "$0")/.." && pwd)
 for tool in cpack dpkg-deb dpkg-shlibdeps fakeroot lintian; do
   command -v $tool >/dev/null || { echo "skipped: no $tool"; exit 77; }
 done
@@ -10,11 +11,29 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 fail() { printf '%s\n' "$*"; exit 1; }
 
-(cd "$folder" && cpack --config "$build/CPackConfig.cmake" -B "$folder") >"$folder/log" 2>&1 ||
-  fail "cpack: $(<"$folder/log")"
-packages=("$folder"/*.deb)
+for time in first second; do
+  (mkdir "$folder/$time" && cd "$folder/$time" &&
+    cpack --config "$build/CPackConfig.cmake" -B .) >"$folder/log" 2>&1 ||
+    fail "cpack: $(<"$folder/log")"
+done
+packages=("$folder"/first/*.deb)
 [ ${#packages[@]} -eq 2 ] || fail "expected two packages: ${packages[*]}"
-found=$(lintian --allow-root --fail-on none "${packages[@]}" 2>&1) || fail "lintian: $found"
+for package in "${packages[@]}"; do
+  cmp "$package" "$folder/second/${package##*/}" || fail 'the second time is another package'
+done
+
+# Only what is released has Debian's flags.
+tags=()
+if grep -qx 'CMAKE_BUILD_TYPE:STRING=Release' "$build/CMakeCache.txt"; then
+  tags=(--display-info)
+  for flag in $(cd / && DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --get CPPFLAGS) \
+    $(cd / && dpkg-buildflags --get CXXFLAGS | sed 's/-g \| -ffile-prefix-map=[^ ]*//g'); do
+    lacking=$(grep '"command"' "$build/compile_commands.json" | grep -cv -e " $flag ") || continue
+    fail "$lacking files are compiled without $flag"
+  done
+fi
+found=$(lintian --allow-root --fail-on none "${tags[@]}" "${packages[@]}" 2>&1) ||
+  fail "lintian: $found"
 [ -z "$found" ] || fail "$found"
 
 # The root has the packages' files and the system libraries that they load, nothing else.
@@ -23,12 +42,37 @@ for package in "${packages[@]}"; do
   ! dpkg-deb -f "$package" Depends | grep -i corvaneapi || fail "$package wants the maker's"
   dpkg-deb -x "$package" "$root"
 done
+(cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-report,-sim} doc/corvane/report.md \
+  doc/corvane/simulator.md.gz doc/corvane/examples/ansible/site.yml) >/dev/null
+day=$(sed -n 's/^## [0-9.]* - //p' "$source/CHANGELOG.md" | head -1)
+zcat "$root/usr/share/doc/corvane/changelog.gz" |
+  grep -q "  $(date -u -R -d "@${SOURCE_DATE_EPOCH:-$(date -u -d "$day" +%s)}")\$" ||
+  fail "the changes are not of $day"
 expected='Found 3 corvanes
 0 : 11 Corvane-M7 00:1a:2b:3c:4d:01
 1 : 16 Corvane-M3 00:1a:2b:3c:4d:02
 2 : 3 Corvane-M1 00:1a:2b:3c:4d:03'
 export CORVANE_SIM_STATE=/tmp/corvane-state
 unset CORVANE_SIM_CONFIG LD_LIBRARY_PATH
+
+in_root() { PATH=/usr/bin:/bin:/usr/sbin chroot "$root" "$@" 2>&1; }
+
+# Sets the time from a server here, in a network of its own. In an answer of equal bytes it is the
+# middle of a second.
+set_time() {
+  ip link set lo up
+  python3 -c '
+import socket
+server = socket.socket(type=socket.SOCK_DGRAM)
+server.bind(("127.0.0.1", 123))
+while True:
+    server.sendto(bytes([128] * 48), server.recvfrom(48)[1])' &
+  server=$!
+  sleep 1
+  in_root corvane-sim corvane timing setsntp --sntpserver 127.0.0.1 || status=$?
+  kill $server
+  return "${status:-0}"
+}
 
 if [ "$(id -u)" -eq 0 ] && chroot / true 2>/dev/null; then
   programs=(/bin/sh /usr/bin/dirname /usr/bin/readlink)
@@ -37,9 +81,19 @@ if [ "$(id -u)" -eq 0 ] && chroot / true 2>/dev/null; then
     grep -oE '/[^ ]+\.so[^ :]*' | grep -v "^$root" | sort -u)
   mkdir -p "$root/tmp"
   cp -L --parents "${programs[@]}" "${libraries[@]}" "$root"
-  got=$(PATH=/usr/bin:/bin:/usr/sbin chroot "$root" corvane-sim corvane list 2>&1) || fail "$got"
-  ! chroot "$root" /usr/bin/corvane list >/dev/null 2>&1 ||
-    fail 'corvane finds the simulator without being told'
+  got=$(in_root corvane-sim corvane list) || fail "$got"
+  [[ $(in_root corvane-sim --help) == usage:* ]] || fail 'corvane-sim does not explain itself'
+  ! in_root corvane list >/dev/null || fail 'corvane finds the simulator without being told'
+  export root
+  export -f in_root set_time
+  if unshare --net true 2>/dev/null; then
+    said=$(unshare --net bash -c set_time) && fail "netbase is not needed: $said"
+    [[ $said == *'Failed to get time'* ]] || fail "without netbase: $said"
+    dpkg-deb -f "$folder"/first/corvane_*.deb Depends | grep -qw netbase ||
+      fail 'corvane does not depend on netbase'
+    cp --parents /etc/services "$root"
+    said=$(unshare --net bash -c set_time) || fail "with netbase: $said"
+  fi
 else
   export CORVANE_SIM_STATE=$folder/state
   got=$(PATH=$root/usr/bin:$PATH corvane-sim corvane list 2>&1) || fail "$got"

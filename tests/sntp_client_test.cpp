@@ -1,9 +1,37 @@
-// The arithmetic of the SNTP client; its network side is tested with the command that uses it.
+// The SNTP client's arithmetic, and what a name server and a network can do to it; the rest is
+// tested with the command that uses it.
 #include "timing/sntp_client.h"
 
 #include <gtest/gtest.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <cstring>
+#include <vector>
+
+namespace {
+
+std::vector<sockaddr_in> resolved;  // what every name stands for
+int client;                         // the client's socket
+
+}  // namespace
+
+// In place of the C library's. The client is to hear when nobody is at the address that it asks.
+int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo** found) {
+  static addrinfo entries[3];
+  for (size_t i = 0; i < resolved.size(); ++i) {
+    auto* address = reinterpret_cast<sockaddr*>(&resolved[i]);
+    addrinfo* next = i + 1 < resolved.size() ? &entries[i + 1] : nullptr;
+    entries[i] = {.ai_family = address->sa_family, .ai_addr = address, .ai_next = next};
+  }
+  const int on = 1;
+  setsockopt(client, IPPROTO_IP, IP_RECVERR, &on, sizeof on);
+  *found = entries;
+  return 0;
+}
+void freeaddrinfo(addrinfo*) noexcept {}
 
 using namespace corvane;
 
@@ -30,13 +58,39 @@ TEST(SntpClient, ReadsTheTransmitTimestamp) {
   }
 }
 
-// Nothing can be sent then.
-TEST(SntpClient, WaitsInVainForANameWithoutIpv4) {
+// A socket at a port of its own, whose address is written.
+int Open(sockaddr_in& address) {
+  address = {AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+  socklen_t size = sizeof address;
+  const int server = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  bind(server, reinterpret_cast<sockaddr*>(&address), size);
+  getsockname(server, reinterpret_cast<sockaddr*>(&address), &size);
+  return server;
+}
+
+void ExpectNoTime(int status, const char* out) {
   uint32_t seconds = 7, nanoseconds = 7;
   testing::internal::CaptureStdout();
-  EXPECT_EQ(QuerySntp("::1", seconds, nanoseconds), kSntpTimeout);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Timeout..\n");
+  client = dup(STDOUT_FILENO);  // the one that is free next
+  close(client);
+  EXPECT_EQ(QuerySntp("name", seconds, nanoseconds), status);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), out);
   EXPECT_EQ(seconds, 7U);
+}
+
+TEST(SntpClient, AsksTheLastIpv4AddressOfAName) {
+  sockaddr_in first, last;
+  const int servers[] = {Open(first), Open(last)};
+  resolved = {first, last, {AF_INET6, last.sin_port, {}, {}}};
+  ExpectNoTime(kSntpTimeout, "Timeout..\n");
+  char packet[64];
+  EXPECT_EQ(recv(servers[0], packet, sizeof packet, MSG_DONTWAIT), -1);
+  EXPECT_EQ(recv(servers[1], packet, sizeof packet, MSG_DONTWAIT), kSntpPacketSize);
+  for (const int server : servers) close(server);
+
+  ExpectNoTime(-1, "");
+  resolved.erase(resolved.begin(), resolved.end() - 1);
+  ExpectNoTime(kSntpTimeout, "Timeout..\n");
 }
 
 }  // namespace

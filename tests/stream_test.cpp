@@ -41,7 +41,7 @@ TEST(Stream, AStatisticsReportComesBeforeEachSleep) {
 // The command to update with a file that fits the device.
 std::string UpdateWords(const Simulation& simulation) {
   WriteFile(simulation.folder() + "/fw",
-            "CORVANE-FIRMWARE 1\ntype = 11\nsw_firmware = 1.9.0.0\n\n");
+            "CORVANE-FIRMWARE 1\ntype = 11\nsw_firmware = 1.9.0.0\nhw_firmware = 213\n\n");
   return "update --firmware " + simulation.folder() + "/fw";
 }
 
@@ -65,6 +65,7 @@ TEST(Stream, AnUpdateShowsItsProgressToTheEnd) {
                      "Progress : 100%  \nFirmware update success. Please disconnect and reconnect "
                      "your device\n");
   EXPECT_EQ(simulation.CallsOf("CorvaneApiSleepMs milliseconds=200"), turn);
+  EXPECT_TRUE(simulation.Run("version").out.ends_with(": 1.9.0.0\nHW firmware version : 0213\n"));
   const std::string start = simulation.Lines("CorvaneAPIFirmwareUpdateStart")[0];
   EXPECT_TRUE(start.ends_with(" path=\"" + simulation.folder() + "/fw\" status=0")) << start;
 }

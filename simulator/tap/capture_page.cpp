@@ -7,6 +7,8 @@
 
 #include <cerrno>
 
+#include "../state_folder.h"
+
 namespace {
 
 constexpr struct flock kWholeFile = {.l_type = F_WRLCK, .l_whence = SEEK_SET};
@@ -27,19 +29,21 @@ bool CapturePage::Map() {
 
 // The room on the disk is taken now: a page without would end the process when it is written.
 bool CapturePage::Hold(const std::string& path, std::string& reason) {
-  file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  file_ = OpenStateFile(path, O_CREAT, reason);
   struct flock lock = kWholeFile;
   if (file_ >= 0 && fcntl(file_, F_SETLK, &lock) == 0) {
     const int failure = posix_fallocate(file_, 0, sizeof *shared_);
     if (failure == 0 && Map()) return true;
     if (failure != 0) errno = failure;
   }
-  reason = "cannot use " + path + ": " + strerror(errno);
+  if (file_ >= 0) reason = strerror(errno);
+  reason = "cannot use " + path + ": " + reason;
   return false;
 }
 
 bool CapturePage::Open(const std::string& path) {
-  file_ = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  std::string unused;
+  file_ = OpenStateFile(path, 0, unused);
   struct stat facts;
   if (file_ < 0 || fstat(file_, &facts) != 0) return false;
   return facts.st_size >= static_cast<off_t>(sizeof *shared_) && Map();

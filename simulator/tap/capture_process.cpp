@@ -126,10 +126,12 @@ CaptureReport ReadCapture(const CapturePlace& place) {
   if (!page.Open(PagePath(place))) return {};
   const bool runs = page.Holder() != 0;
   CaptureReport report = page.shared().report.Load();
-  if (runs || report.state != CaptureState::kRunning) return report;
-  report.state = CaptureState::kFailed;
+  if (runs) return report;
+  if (report.state > CaptureState::kFailed) return {};  // damaged
   report.status.enabled = 0;
   report.status.cache_used = 0;
+  if (report.state != CaptureState::kRunning) return report;
+  report.state = CaptureState::kFailed;
   report.status.error = 1;
   return report;
 }

@@ -1,4 +1,3 @@
-# candidates.fish FOLDER LINE: prints what fish's completion, with the script in FOLDER, offers at
+# candidates.fish SHARE LINE: prints what fish's completion, with SHARE in XDG_DATA_DIRS, offers at
 # the end of the line, one candidate a line, as whole values.
-source $argv[1]/corvane.fish
 complete -C $argv[2] | string replace -r '\t.*' '' | string replace -r '^--?[^=]*=' ''

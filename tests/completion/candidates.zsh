@@ -1,8 +1,8 @@
-# candidates.zsh FOLDER LINE: prints what zsh's completion, with FOLDER in fpath, offers at the end
-# of the line, one candidate a line. An interactive zsh in a pseudo-terminal does it; compadd there
-# notes what matches, but for the calls that only sort out candidates.
+# candidates.zsh SHARE LINE: prints what zsh's completion, with SHARE's functions in fpath, offers
+# at the end of the line, one candidate a line. An interactive zsh in a pseudo-terminal does it;
+# compadd there notes what matches, but for the calls that only sort out candidates.
 zmodload zsh/zpty
-export ZDOTDIR=$(mktemp -d) scripts=$1
+export ZDOTDIR=$(mktemp -d) scripts=$1/zsh/site-functions
 cat >$ZDOTDIR/.zshrc <<'END'
 fpath=($scripts $fpath)
 autoload -Uz compinit && compinit -u -D

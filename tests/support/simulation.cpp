@@ -32,6 +32,17 @@ struct Pipe {
   _exit(127);
 }
 
+// Signals that a shell or a supervisor left ignored or blocked would be so in every program that a
+// test runs: undone before the first one.
+const bool signals_are_reset = [] {
+  for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD}) {
+    signal(number, SIG_DFL);
+  }
+  sigset_t none;
+  sigemptyset(&none);
+  return sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
+}();
+
 // Appends what is there to read; false at the end of the stream.
 bool Drain(int descriptor, std::string& text) {
   char buffer[4096];

@@ -6,9 +6,11 @@
 
 enum class LineKind {
   kValues,   // sets its values in the object at hand
+  kReport,   // the same, and begins a new report
   kElement,  // appends an object with its values to the array
   kHeading,  // the same, and the deeper lines that follow belong to that object
   kOpen,     // the same, for lines that follow at its own depth
+  kMessage,  // an element; what its message says decides about the key that this gets
 };
 
 struct SpecialLine {
@@ -19,12 +21,12 @@ struct SpecialLine {
 
 // The first that fits counts. The first placeholder of an element is its name in flat outputs.
 inline constexpr SpecialLine kSpecialLines[] = {
-    {"Found {#found} corvanes"},
+    {"Found {#found} corvanes", LineKind::kReport},
     {"{#device} : {=error}", LineKind::kElement, "devices"},
     {"{#device} : {#type} {=error}", LineKind::kElement, "devices"},
     {"{#device} : {#type} {=model} MAC {=error}", LineKind::kElement, "devices"},
     {"{#device} : {#type} {=model} {=mac}", LineKind::kElement, "devices"},
-    {"Corvane {#device}: {*message}", LineKind::kElement, "devices"},
+    {"Corvane {#device}: {*message}", LineKind::kMessage, "devices"},
     {"Packet slicing : {=packet_slicing} {*packet_slicing_size}"},
     {"Inline mode : {=inline_mode} ({=inline_mode_forced})"},
     {"Loopback : {=loopback} ({=loopback_forced})"},
@@ -72,16 +74,31 @@ inline constexpr std::string_view kUnitInBrackets = "Wave length (nm)";
 inline constexpr std::string_view kLastLines[] = {"Direct capture : STOPPED",
                                                   "Files Written : {#n}"};
 
-// Lines of their own. A selection line begins a new report.
-enum class MessageKind { kNotice, kFailure, kSelection };
+// What a line of its own says, and the members that it goes to: of a report, a list; of a device
+// in a report of several, a text.
+enum class MessageKind { kNotice, kUnsupported, kFailure };
+
+struct MessageKeys {
+  const char* list;
+  const char* text;
+};
+
+inline constexpr MessageKeys kMessageKeys[] = {
+    // by kind
+    {"messages", "message"},
+    {"unsupported", "unsupported"},  // the device cannot do this, and nothing went wrong
+    {"errors", "error"},
+};
 
 struct MessageLine {
   std::string_view pattern;
   MessageKind kind;
+  bool begins = false;  // a new report
 };
 
+// The first that fits counts.
 inline constexpr MessageLine kMessageLines[] = {
-    {"Corvane detected", MessageKind::kSelection},
+    {"Corvane detected", MessageKind::kNotice, true},
     {"Warning : {*}", MessageKind::kNotice},
     {"Capture {=}", MessageKind::kNotice},
     {"The device was reset", MessageKind::kNotice},
@@ -91,16 +108,20 @@ inline constexpr MessageLine kMessageLines[] = {
     {"Firmware update s{*}", MessageKind::kNotice},
     {"If the process gets interrupted{*}", MessageKind::kNotice},
     {"Progress : {*}", MessageKind::kNotice},
-    {"Invalid Corvane device selected", MessageKind::kFailure},
+    {"Your device does not support {*}", MessageKind::kUnsupported},
+    {"This device does not support {*}", MessageKind::kUnsupported},
+    {"Failed to set {*}: this device does not support {*}", MessageKind::kUnsupported},
+    {"Could not get {*}: your device does not support {*}", MessageKind::kUnsupported},
+    {"Could not get {*}; maybe, it's unavailable on your device", MessageKind::kUnsupported},
+    {"GPS output interface not supported", MessageKind::kUnsupported},
+    {"Invalid Corvane device selected", MessageKind::kFailure, true},
+    {"Failed to initialize {*}", MessageKind::kFailure, true},
     {"Failed{*}", MessageKind::kFailure},
     {"Could not get {*}", MessageKind::kFailure},
-    {"Your device does not support {*}", MessageKind::kFailure},
-    {"This device does not support {*}", MessageKind::kFailure},
     {"Invalid {*}", MessageKind::kFailure},
     {"Error{*}", MessageKind::kFailure},
     {"Timeout..", MessageKind::kFailure},
     {"Unsupported statistics version", MessageKind::kFailure},
-    {"GPS output interface not supported", MessageKind::kFailure},
     {"Wrong counter was selected {*}", MessageKind::kFailure},
     {"Cannot configure counter {*}", MessageKind::kFailure},
     {"Select only {*}", MessageKind::kFailure},

@@ -1,10 +1,13 @@
 // corvane-report: reports of the utility on standard input become JSON or metrics on standard
 // output.
+#include <getopt.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "metrics.h"
 #include "output.h"
 #include "parser.h"
 
@@ -22,56 +25,56 @@ constexpr const char* kUsage =
     "  --json              JSON, an object for each report (default)\n"
     "  --lines             an object without inner ones on a line for each report, with the time\n"
     "  --prometheus        Prometheus text format, at the end of the input\n"
-    "  --label NAME=VALUE  a label for every metric; may be repeated\n"
+    "  --label NAME=VALUE  a label for every metric; may be repeated with other names\n"
+    "  --version           the version\n"
     "  --help              this text\n"
     "Exit status: 0 all was read; 1 a line could not be read, standard error names it;\n"
     "2 wrong command line; 3 all was read, and a report says that something failed.\n";
 
-enum class Format { kJson, kLines, kPrometheus };
+enum class Task { kJson, kLines, kPrometheus, kLabel, kVersion, kHelp };
+
+constexpr option kOptions[] = {
+    {"json", no_argument, nullptr, static_cast<int>(Task::kJson)},
+    {"lines", no_argument, nullptr, static_cast<int>(Task::kLines)},
+    {"prometheus", no_argument, nullptr, static_cast<int>(Task::kPrometheus)},
+    {"label", required_argument, nullptr, static_cast<int>(Task::kLabel)},
+    {"version", no_argument, nullptr, static_cast<int>(Task::kVersion)},
+    {"help", no_argument, nullptr, static_cast<int>(Task::kHelp)},
+    {},
+};
 
 struct Options {
-  Format format = Format::kJson;
-  std::string labels;
-  bool help = false;
+  Task task = Task::kJson;
+  Labels labels;
 };
 
-struct FormatOption {
-  const char* word;
-  Format format;
-};
-
-constexpr FormatOption kFormats[] = {
-    {"--json", Format::kJson}, {"--lines", Format::kLines}, {"--prometheus", Format::kPrometheus}};
-
-bool AddLabel(const std::string& text, std::string& labels) {
+// False, having said why, when it cannot be added.
+bool AddLabel(const std::string& text, Labels& labels) {
   const size_t equals = text.find('=');
-  if (equals == std::string::npos) return false;
-  const std::string label = MetricLabel(text.substr(0, equals), text.substr(equals + 1));
-  if (label.empty()) return false;
-  labels += (labels.empty() ? "" : ",") + label;
-  return true;
-}
-
-bool ReadFormat(const char* word, Format& format) {
-  for (const FormatOption& option : kFormats) {
-    if (strcmp(word, option.word) != 0) continue;
-    format = option.format;
+  const std::string name = text.substr(0, equals);
+  const char* problem = nullptr;
+  if (equals == std::string::npos || !IsLabelName(name)) problem = "is not NAME=VALUE";
+  if (FindLabel(labels, name) != nullptr) problem = "gives a label for the second time";
+  if (problem == nullptr) {
+    labels.emplace_back(name, text.substr(equals + 1));
     return true;
   }
+  fprintf(stderr, "corvane-report: --label %s %s\n", text.c_str(), problem);
   return false;
 }
 
+// False, having said why, for a wrong command line.
 bool ReadOptions(int argc, char** argv, Options& options) {
-  for (int i = 1; i < argc; ++i) {
-    if (strcmp(argv[i], "--help") == 0) {
-      options.help = true;
-    } else if (strcmp(argv[i], "--label") == 0) {
-      if (++i == argc || !AddLabel(argv[i], options.labels)) return false;
-    } else if (!ReadFormat(argv[i], options.format)) {
-      return false;
-    }
+  for (int word; (word = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+    if (word == '?') return false;
+    const Task task = static_cast<Task>(word);
+    if (task == Task::kLabel && !AddLabel(optarg, options.labels)) return false;
+    if (task != Task::kLabel) options.task = task;
+    if (task == Task::kVersion || task == Task::kHelp) return true;
   }
-  return true;
+  if (optind == argc) return true;
+  fprintf(stderr, "corvane-report: no file is read, only standard input: %s\n", argv[optind]);
+  return false;
 }
 
 // Reads a line without its end; of a longer one than may be only the beginning, and too_long is
@@ -109,8 +112,8 @@ void Write(const std::string& text) {
 int Convert(const Options& options) {
   Metrics metrics(options.labels);
   ReportParser parser([&](const Json& report) {
-    if (options.format == Format::kPrometheus) return metrics.Add(report);
-    Write(options.format == Format::kLines ? ToLine(report, TimeStamp()) : ToJson(report));
+    if (options.task == Task::kPrometheus) return metrics.Add(report);
+    Write(options.task == Task::kLines ? ToLine(report, TimeStamp()) : ToJson(report));
   });
   bool all_read = true;
   bool too_long = false;
@@ -122,7 +125,7 @@ int Convert(const Options& options) {
     all_read = false;
   }
   parser.Finish();
-  if (options.format == Format::kPrometheus) Write(metrics.Text());
+  if (options.task == Task::kPrometheus) Write(metrics.Text());
   if (!all_read || ferror(stdout) != 0) return kUnreadable;
   return parser.failed() ? kReportedFailure : 0;
 }
@@ -132,12 +135,15 @@ int Convert(const Options& options) {
 int main(int argc, char** argv) {
   Options options;
   if (!ReadOptions(argc, argv, options)) {
-    fputs(kUsage, stderr);
+    fputs("Try 'corvane-report --help'.\n", stderr);
     return kUsageError;
   }
-  if (options.help) {
-    fputs(kUsage, stdout);
-    return 0;
+  if (options.task == Task::kVersion) {
+    Write("corvane-report " CORVANE_VERSION "\n");
+  } else if (options.task == Task::kHelp) {
+    Write(kUsage);
+  } else {
+    return Convert(options);
   }
-  return Convert(options);
+  return ferror(stdout) != 0 ? kUnreadable : 0;
 }

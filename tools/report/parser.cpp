@@ -57,11 +57,20 @@ Json MembersOf(const std::vector<Capture>& values) {
   return members;
 }
 
-bool IsFailure(std::string_view message) {
+// Null for what is no message.
+const MessageLine* FindMessage(std::string_view text) {
   for (const MessageLine& line : kMessageLines) {
-    if (Fits(line.pattern, message)) return line.kind == MessageKind::kFailure;
+    if (Fits(line.pattern, text)) return &line;
   }
-  return false;
+  return nullptr;
+}
+
+const MessageKeys& KeysOf(MessageKind kind) {
+  return kMessageKeys[static_cast<size_t>(kind)];
+}
+
+bool IsMessageList(std::string_view key) {
+  return std::ranges::any_of(kMessageKeys, [key](const auto& keys) { return key == keys.list; });
 }
 
 }  // namespace
@@ -84,8 +93,9 @@ const char* ReportParser::ReadLine(std::string_view line) {
 
 void ReportParser::Finish() {
   Json report = Json::object();
-  if (!messages_.empty()) report["messages"] = std::move(messages_);
-  if (!errors_.empty()) report["errors"] = std::move(errors_);
+  for (const MessageKeys& keys : kMessageKeys) {
+    if (messages_.contains(keys.list)) report[keys.list] = std::move(messages_[keys.list]);
+  }
   report.update(report_);
   BeginReport();
   if (!report.empty()) done_(report);
@@ -93,8 +103,7 @@ void ReportParser::Finish() {
 
 void ReportParser::BeginReport() {
   report_ = Json::object();
-  messages_ = Json::array();
-  errors_ = Json::array();
+  messages_ = Json::object();
   open_ = {Path()};
   title_ = Path();
 }
@@ -111,24 +120,26 @@ const char* ReportParser::Read(size_t depth, std::string_view text) {
 }
 
 bool ReportParser::ReadMessage(std::string_view text) {
-  for (const MessageLine& line : kMessageLines) {
-    if (!Fits(line.pattern, text)) continue;
-    const bool failure = line.kind == MessageKind::kFailure;
-    if (line.kind == MessageKind::kSelection) Finish();
-    (failure ? errors_ : messages_).push_back(text);
-    failed_ = failed_ || failure;
-    return true;
-  }
-  return false;
+  const MessageLine* line = FindMessage(text);
+  if (line == nullptr) return false;
+  if (line->begins) Finish();
+  messages_[KeysOf(line->kind).list].push_back(text);
+  failed_ = failed_ || line->kind == MessageKind::kFailure;
+  return true;
 }
 
-const char* ReportParser::ReadSpecial(const SpecialLine& line, const std::vector<Capture>& values,
+const char* ReportParser::ReadSpecial(const SpecialLine& line, std::vector<Capture>& values,
                                       size_t depth) {
-  for (const Capture& value : values) {
-    if (value.name == "error" || (value.name == "message" && IsFailure(value.text))) failed_ = true;
+  if (line.kind == LineKind::kMessage) {
+    const MessageLine* message = FindMessage(values.back().text);
+    if (message == nullptr) return kUnknown;
+    values.back().name = KeysOf(message->kind).text;
   }
-  if (line.kind == LineKind::kValues) return SetMembers(depth, MembersOf(values));
-  return ReadElement(line, values, depth);
+  const auto is_error = [](const Capture& value) { return value.name == "error"; };
+  failed_ = failed_ || std::ranges::any_of(values, is_error);
+  if (line.kind == LineKind::kReport && depth == 0) Finish();
+  const bool element = line.kind != LineKind::kValues && line.kind != LineKind::kReport;
+  return element ? ReadElement(line, values, depth) : SetMembers(depth, MembersOf(values));
 }
 
 // An element is known by its first member, which no other of the array has.
@@ -196,7 +207,7 @@ const char* ReportParser::OpenTitle(size_t depth, const std::string& key) {
 // A member of the report itself that comes again begins the next report; a deeper one cannot.
 bool ReportParser::MakeRoom(size_t depth, const Path& path) {
   const bool top = path.parent_pointer().empty();
-  if (top && (path.back() == "messages" || path.back() == "errors")) return false;
+  if (top && IsMessageList(path.back())) return false;
   if (!report_.contains(path)) return true;
   if (depth == 0 && top) Finish();
   return depth == 0 && top;

@@ -30,7 +30,7 @@ class ReportParser {
 
   const char* Read(size_t depth, std::string_view text);
   bool ReadMessage(std::string_view text);
-  const char* ReadSpecial(const struct SpecialLine& line, const std::vector<struct Capture>& values,
+  const char* ReadSpecial(const struct SpecialLine& line, std::vector<struct Capture>& values,
                           size_t depth);
   const char* ReadElement(const struct SpecialLine& line, const std::vector<struct Capture>& values,
                           size_t depth);
@@ -43,8 +43,7 @@ class ReportParser {
 
   std::function<void(const Json&)> done_;
   Json report_ = Json::object();
-  Json messages_ = Json::array();
-  Json errors_ = Json::array();
+  Json messages_ = Json::object();     // lists by their keys
   std::vector<Path> open_ = {Path()};  // by depth: the object that lines of that depth belong to
   Path title_;                         // the last title without indentation
   bool failed_ = false;

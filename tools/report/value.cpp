@@ -2,7 +2,7 @@
 
 #include <charconv>
 #include <cstdio>
-#include <optional>
+#include <ctime>
 
 #include "pattern.h"
 
@@ -92,6 +92,11 @@ const Unit* FindUnit(std::string_view name) {
   return nullptr;
 }
 
+std::string ValidText(std::string_view text) {
+  const std::string json = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+  return Json::parse(json).get<std::string>();
+}
+
 std::string_view Trim(std::string_view text) {
   const size_t first = text.find_first_not_of(" \t\r");
   if (first == std::string_view::npos) return {};
@@ -133,6 +138,13 @@ Json ReadValue(std::string_view text) {
     if (!value.is_null()) return value;
   }
   return std::string(text);
+}
+
+std::optional<int64_t> UnixTime(const std::string& text) {
+  tm utc = {};
+  const char* end = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &utc);
+  if (end != text.c_str() + text.size()) return std::nullopt;
+  return timegm(&utc);
 }
 
 Json ReadList(std::string_view text) {

@@ -1,7 +1,9 @@
 // Values of the reports as JSON.
 #pragma once
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +19,9 @@ struct Unit {
 // Null for what is no unit.
 const Unit* FindUnit(std::string_view name);
 
+// With U+FFFD for the bytes that are no UTF-8.
+std::string ValidText(std::string_view text);
+
 // Without blanks and tabs at both ends.
 std::string_view Trim(std::string_view text);
 
@@ -29,6 +34,9 @@ std::string KeyOf(std::string_view label);
 // unit behind it is {"value", "unit"}; the clock's "dd/mm/yyyy hh:mm:ss (UTC)" is ISO 8601; all
 // else is text.
 Json ReadValue(std::string_view text);
+
+// The seconds since 1970 of a time as ReadValue writes it; none for any other text.
+std::optional<int64_t> UnixTime(const std::string& text);
 
 // The items of a list, at commas or, where there is none, at blanks. "None" has no items.
 Json ReadList(std::string_view text);

@@ -11,7 +11,7 @@ module: corvane_settings
 short_description: Features, packet filter and timing of a Corvane capture device
 description:
   - Reads the device's reports through corvane-report, runs corvane only where they differ from
-    what is wished, and reads them again to see that the device took it.
+    what is wished, reads them again to see that the device took it, and saves it then.
 options:
   device: {type: str, default: "0", description: Index or MAC address.}
   features: {type: dict, default: {}, description: Options of corvane features set.}
@@ -70,32 +70,36 @@ class Device:
         self.module = module
         self.name = module.params["device"]
 
+    def fail(self, words, *texts):
+        told = [text.strip() for text in texts if text.strip()]
+        self.module.fail_json(msg=": ".join([" ".join(words), *told]))
+
     def run(self, *words):
-        command = [self.module.params["command"], *words]
-        status, text, _ = self.module.run_command(command)
+        status, text, errors = self.module.run_command([self.module.params["command"], *words])
         if status != 0:
-            self.module.fail_json(msg=f"{' '.join(command)}: status {status}: {text.strip()}")
+            self.fail(words, f"status {status}", text, errors)
         return text
 
-    def report(self, *words):
-        text = self.run(*words)
+    def read(self, words, section, reading):
+        """What the reading makes of the report's section."""
         status, output, errors = self.module.run_command(
-            [self.module.params["report_command"]], data=text)
-        if status != 0:
-            self.module.fail_json(msg=f"{' '.join(words)}: {errors or output}")
-        return json.loads(output)
-
-    def section(self, name, *words):
-        return self.report(*words, "--device", self.name)[name]
+            [self.module.params["report_command"]], data=self.run(*words))
+        try:
+            report = json.loads(output)
+            # Devices in the list that tell too little are no matter.
+            if status == 0 or section == "devices":
+                return reading(report[section])
+            texts = [*report.get("errors", []), *report.get("unsupported", [])]
+            self.fail(words, *map(str, texts), errors)
+        except (AttributeError, KeyError, TypeError, ValueError) as error:
+            self.fail(words, "not the expected report", repr(error), output, errors)
 
     def mac(self):
-        # A device that does not tell its model is listed with an error: that is no matter here.
-        _, output, _ = self.module.run_command(
-            [self.module.params["report_command"]], data=self.run("list"))
-        for device in json.loads(output).get("devices", []):
-            if self.name.lower() in (str(device["device"]), device.get("mac")):
-                return device.get("mac")
-        return self.name
+        def find(devices):
+            macs = {str(device["device"]): device.get("mac") for device in devices}
+            return macs.get(self.name, self.name.lower())
+        return self.read(("list",), "devices", find) or self.fail(
+            ("list",), f"no MAC address of device {self.name}")
 
 
 def word(value):
@@ -109,8 +113,14 @@ def refuse_unknown(module, kind, wished, known):
         module.fail_json(msg=f"{kind} has no {', '.join(unknown)}; it has {', '.join(known)}")
 
 
-def read_features(device):
-    report = device.section("features_configuration", "features", "show")
+def number(module, option, value, convert=int):
+    try:
+        return convert(str(value))
+    except (OverflowError, ValueError):
+        module.fail_json(msg=f"{option}: {value!r} is no number")
+
+
+def features_state(report):
     state = {option: report[key] for option, key in FEATURES.items() if key in report}
     state["slicing"] = report["packet_slicing_size"]["value"] if state["slicing"] else 0
     if "firmware_mode" in state:
@@ -124,8 +134,7 @@ def steps(nanoseconds, near):
     return round(count) if near else int(count)
 
 
-def read_timing(device):
-    report = device.section("timing_configuration", "timing", "status")
+def timing_state(report):
     state = {option: report[key] for option, key in TIMING.items()}
     state["tssource"] = SOURCES.get(state["tssource"], state["tssource"])
     state["ppscomp"] = steps(state["ppscomp"]["value"], near=True)
@@ -134,8 +143,7 @@ def read_timing(device):
     return state, []
 
 
-def read_filter(device):
-    report = device.section("packet_filter_configuration", "filter", "show")
+def filter_state(report):
     if report.get("enabled") is False:
         return {"enabled": False}
     state = {"enabled": True}
@@ -150,14 +158,26 @@ def read_filter(device):
     return state
 
 
+REPORTS = {
+    "features": (("features", "show"), "features_configuration", features_state),
+    "timing": (("timing", "status"), "timing_configuration", timing_state),
+    "filter": (("filter", "show"), "packet_filter_configuration", filter_state),
+}
+
+
+def read_state(device, kind):
+    words, section, reading = REPORTS[kind]
+    return device.read((*words, "--device", device.name), section, reading)
+
+
 def normal(module, option, value, present):
     """A wished value as the report's, whether the playbook has it as a text or not."""
     if option == "ppscomp":
-        return steps(value, near=False)
+        return number(module, option, value, lambda text: steps(text, near=False))
     if isinstance(present, bool):
         return module.boolean(value)
     if isinstance(present, int):
-        return int(value)
+        return number(module, option, value)
     return str(value) if option == "firmware_mode" else str(value).lower()
 
 
@@ -165,14 +185,14 @@ def arguments(wished):
     return [text for option, value in sorted(wished.items()) for text in (f"--{option}", word(value))]
 
 
-def settle_switches(device, kind, read, command, save):
+def settle_switches(device, kind, command, save):
     """Settings that are changed one by one. Returns them before and after."""
     module = device.module
     wished = dict(module.params[kind])
     if not wished:
         return {}, {}
     refuse_unknown(module, kind, wished, FEATURES if kind == "features" else TIMING)
-    state, forced = read(device)
+    state, forced = read_state(device, kind)
     wished = {option: normal(module, option, value, state.get(option))
               for option, value in wished.items()}
     change = {option: value for option, value in wished.items() if state.get(option) != value}
@@ -181,26 +201,37 @@ def settle_switches(device, kind, read, command, save):
         module.fail_json(msg=f"{kind}: the device cannot change {', '.join(sorted(impossible))}")
     before = {option: state[option] for option in change}
     if change and not module.check_mode:
-        apply_switches(device, kind, state, change, command, save)
-        after, _ = read(device)
-        left = sorted(option for option in wished if after.get(option) != wished[option])
-        if left:
-            module.fail_json(msg=f"{kind}: the device did not take {', '.join(left)}", changed=True)
+        # Another firmware mode saves all features: not before the device took the others.
+        mode = {option: change[option] for option in change if option == "firmware_mode"}
+        others = {option: change[option] for option in change if option not in mode}
+        earlier = {option: state[option] for option in mode}
+        for part, expected in ((others, {**wished, **earlier}), (mode, wished)):
+            if part:
+                apply_switches(device, kind, state, part, command)
+                expect_taken(device, kind, expected)
+        if module.params["save"]:
+            device.run(*save, "--device", device.name)
     return before, change
 
 
-def apply_switches(device, kind, state, change, command, save):
+def expect_taken(device, kind, wished):
+    state, _ = read_state(device, kind)
+    left = sorted(option for option in wished if state.get(option) != wished[option])
+    if left:
+        msg = f"{kind}: the device did not take {', '.join(left)}"
+        device.module.fail_json(msg=msg, changed=True)
+
+
+def apply_switches(device, kind, state, change, command):
     settings = dict(change)
     if kind == "timing":
         # The compensation is lost unless it goes along; half a step more, for it is cut off.
         count = change.get("ppscomp", state["ppscomp"])
         settings["ppscomp"] = f"{-(count + 0.5) * STEP_NS:.3f}" if count else "0"
     device.run(*command, "--device", device.name, *arguments(settings))
-    if device.module.params["save"]:
-        device.run(*save, "--device", device.name)
 
 
-def normal_filter(wished):
+def normal_filter(module, wished):
     """As the report has it: the whole filter, for setting it replaces all of it."""
     if str(wished.get("enabled", True)).lower() in ("false", "no", "off"):
         return {"enabled": False}
@@ -212,7 +243,10 @@ def normal_filter(wished):
         elif option in ADDRESSES:
             normal[option] = text
         elif option != "enabled":
-            normal[option] = int(value)
+            normal[option] = number(module, option, value)
+            # Setting the filter saves it, and the command cuts a larger VLAN id off.
+            if not 0 <= normal[option] <= 65535:
+                module.fail_json(msg=f"{option}: {value!r} is not from 0 to 65535")
     return normal
 
 
@@ -224,16 +258,19 @@ def memory_file(device):
 def recall(path):
     try:
         with open(path, encoding="utf-8") as file:
-            return json.load(file)
-    except (OSError, ValueError):
+            return dict(json.load(file))
+    except (OSError, TypeError, ValueError):
         return {}
 
 
-def remember(path, content):
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    with open(path + ".new", "w", encoding="utf-8") as file:
-        json.dump(content, file)
-    os.replace(path + ".new", path)
+def remember(module, path, content):
+    try:
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path + ".new", "w", encoding="utf-8") as file:
+            json.dump(content, file)
+        os.replace(path + ".new", path)
+    except OSError as error:
+        module.fail_json(msg=f"filter: cannot remember its addresses: {error}", changed=True)
 
 
 def known_addresses(state, memory):
@@ -251,9 +288,9 @@ def settle_filter(device):
         return {}, {}
     options = [option for _, *names in FILTER.values() for option in names] + ["vlanid", "enabled"]
     refuse_unknown(module, "filter", wished, list(dict.fromkeys(options)))
-    wished = normal_filter(wished)
+    wished = normal_filter(module, wished)
     path = memory_file(device)
-    state = known_addresses(read_filter(device), recall(path))
+    state = known_addresses(read_state(device, "filter"), recall(path))
     if state == wished:
         return {}, {}
     if not module.check_mode:
@@ -265,9 +302,9 @@ def apply_filter(device, wished, path):
     settings = {option: value for option, value in wished.items() if option != "enabled"}
     verb = "set" if wished["enabled"] else "disable"
     device.run("filter", verb, "--device", device.name, *arguments(settings))
-    seen = read_filter(device)
+    seen = read_state(device, "filter")
     addresses = {option: wished[option] for option in ADDRESSES if option in wished}
-    remember(path, {"report": seen, "addresses": addresses})
+    remember(device.module, path, {"report": seen, "addresses": addresses})
     if known_addresses(seen, {"report": seen, "addresses": addresses}) != wished:
         device.module.fail_json(msg="filter: the device did not take it", changed=True, seen=seen)
 
@@ -288,10 +325,8 @@ def main():
     )
     device = Device(module)
     changes = {
-        "features": settle_switches(device, "features", read_features, ("features", "set"),
-                                    ("features", "save")),
-        "timing": settle_switches(device, "timing", read_timing, ("timing", "config"),
-                                  ("timing", "save")),
+        "features": settle_switches(device, "features", ("features", "set"), ("features", "save")),
+        "timing": settle_switches(device, "timing", ("timing", "config"), ("timing", "save")),
         "filter": settle_filter(device),
     }
     before = {kind: change[0] for kind, change in changes.items() if change[0] != change[1]}

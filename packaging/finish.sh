@@ -1,0 +1,8 @@
+#!/bin/sh
+# finish.sh ROOT: makes what is staged in ROOT for a package as Debian wants it: larger texts
+# compressed without a time stamp, no sections that nothing reads.
+set -e
+find "$1/usr/share/man" -name '*.[1-9]' -exec gzip -9n {} +
+find "$1/usr/share/doc" -maxdepth 2 -name '*.md' -size +4k -exec gzip -9n {} +
+find "$1/usr" \( -path '*/bin/corvane' -o -path '*/bin/corvane-report' -o -name '*.so.*' \) \
+  -exec strip -R .comment -R .note {} +

@@ -1,0 +1,26 @@
+// The folder in which the simulated devices keep what they remember. A program may run with more
+// rights than others who can reach the folder, so it neither writes through links nor uses what
+// strangers may have put there.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <optional>
+#include <string>
+
+// Finds the folder and makes it when it is not there. CORVANE_SIM_STATE names it; else it is below
+// XDG_STATE_HOME or the home folder, and then it must belong to the user or to root. Returns its
+// path without links, or nothing with a reason for people: nothing says where it is, it cannot be
+// made, it is another user's, everyone can write in it.
+std::optional<std::string> UseStateFolder(std::string& reason);
+
+// For a file of the folder that is not to be used: it is a link, no plain file, has other names, or
+// it is another user's in a folder that CORVANE_SIM_STATE does not name.
+inline constexpr const char* kForeignFile = "it is a link or belongs to another user";
+
+// Whether the file of these facts, which were not read through a link, may be used.
+bool IsStateFile(const struct stat& facts);
+
+// Opens a file of the folder for reading and writing; flags are more of those of open(). Returns
+// the descriptor, or -1 with a reason for people.
+int OpenStateFile(const std::string& path, int flags, std::string& reason);

@@ -1,0 +1,12 @@
+# fish completion for corvane-sim
+
+# Another command with its own completion.
+function __corvane_sim
+    set -l words (commandline -opc)
+    contains -- --help $words[2]; and return
+    set -lx corvane_sim (string replace -r '^~' $HOME -- $words[1])
+    __fish_complete_subcommand
+end
+
+complete -c corvane-sim -x -a '(__corvane_sim)'
+complete -c corvane-sim -n 'test (count (commandline -opc)) -eq 1' -l help -d 'Explain corvane-sim'
