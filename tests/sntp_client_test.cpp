@@ -63,7 +63,7 @@ int Open(sockaddr_in& address) {
   address = {AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
   socklen_t size = sizeof address;
   const int server = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  bind(server, reinterpret_cast<sockaddr*>(&address), size);
+  EXPECT_EQ(bind(server, reinterpret_cast<sockaddr*>(&address), size), 0);
   getsockname(server, reinterpret_cast<sockaddr*>(&address), &size);
   return server;
 }
