@@ -166,8 +166,9 @@ const char* CounterIndexGlossary() {
 int CountersSet(const CommandNode& leaf) {
   const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), CORVANE_CAP_STATISTICS_V2))
+  if (!Supports(session.device(), CORVANE_CAP_STATISTICS_V2)) {
     return Fail(kRejected, kCountersUnsupported);
+  }
   const int index = Integer(leaf, kCounterIndex.key, kNoNumber);
   if (!IsConfigurable(index)) return kRejected;
 
@@ -187,8 +188,9 @@ int CountersSet(const CommandNode& leaf) {
 int CountersShow(const CommandNode& leaf) {
   const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), CORVANE_CAP_STATISTICS_V2))
+  if (!Supports(session.device(), CORVANE_CAP_STATISTICS_V2)) {
     return Fail(kUnsupported, kCountersUnsupported);
+  }
   std::string report = "Statistics V2 configuration : \n";
   for (int index = 0; index < CORVANE_COUNTERS_V2; ++index) {
     CounterV2Config counter = {};

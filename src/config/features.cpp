@@ -16,10 +16,6 @@ constexpr uint16_t kFixedSlice = 128;
 constexpr uint8_t kFirmware10G = 0;
 constexpr uint8_t kFirmware1G = 1;
 
-bool Has(uint32_t capabilities, const FeatureSwitch& row) {
-  return (capabilities & row.needs) == row.needs;
-}
-
 // The models whose slicer knows one length only.
 bool HasFixedSlicer(int32_t type_code) {
   switch (type_code) {
@@ -58,7 +54,7 @@ bool ApplySlicing(const CommandNode& leaf, DeviceHandle device, FeaturesRecord& 
 
 void ApplyLoopback(const CommandNode& leaf, uint32_t capabilities, FeaturesRecord& features) {
   ApplySwitch(leaf, kLoopbackMode, features);
-  if (OnOff(leaf, kLoopbackMode.parameter.key) == 1 && !Has(capabilities, kLoopbackMode)) {
+  if (OnOff(leaf, kLoopbackMode.parameter.key) == 1 && !Offers(capabilities, kLoopbackMode)) {
     puts("Warning : Your device does not support loopback mode.");
     features.loopback = 0;
   }
@@ -68,7 +64,7 @@ void ApplyAutonegotiation(const CommandNode& leaf, uint32_t capabilities,
                           FeaturesRecord& features) {
   char port = 'A';
   for (const FeatureSwitch& row : kAutonegotiationSwitches) {
-    if (Has(capabilities, row)) {
+    if (Offers(capabilities, row)) {
       ApplySwitch(leaf, row, features);
     } else if (OnOff(leaf, row.parameter.key) != kNotGiven) {
       printf("Warning : Your device does not support SFP port %c autoneg.\n", port);
@@ -110,10 +106,10 @@ void PrintSwitch(const FeatureSwitch& row, const FeaturesRecord& features) {
   printf("\t%s : %s\n", row.label, EnabledOrDisabled(features.*row.field == 1));
 }
 
-// What a device without the capability does is not its record's to say.
+// A device without the capability does as it must, whatever the record holds.
 void PrintSwitchOr(const char* forced, const FeatureSwitch& row, uint32_t capabilities,
                    const FeaturesRecord& features) {
-  if (Has(capabilities, row)) {
+  if (Offers(capabilities, row)) {
     PrintSwitch(row, features);
   } else {
     printf("\t%s : %s (forced)\n", row.label, forced);
@@ -140,7 +136,7 @@ void PrintFeatures(const FeaturesRecord& features, uint32_t capabilities) {
   PrintSwitchOr("Disabled", kLoopbackMode, capabilities, features);
   for (const FeatureSwitch& row : kTimestampSwitches) PrintSwitch(row, features);
   for (const FeatureSwitch& row : kAutonegotiationSwitches) {
-    if (Has(capabilities, row)) PrintSwitch(row, features);
+    if (Offers(capabilities, row)) PrintSwitch(row, features);
   }
 }
 

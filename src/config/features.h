@@ -20,7 +20,8 @@ inline constexpr FeatureSwitch kFrameSwitches[] = {
 inline constexpr ParameterSpec kSlicingLength =
     IntegerSpec("slicing", "<length>", "Length of sliced packed. 0 to disable slicing.");
 
-// Without the capability the device is always inline: a report shows that, whatever was set.
+// A device without the capability is always inline. The switch is written all the same, and the
+// report says what the device does.
 inline constexpr FeatureSwitch kInline = {
     SwitchSpec("inline", "Enable inline mode. If cleared, the device operates in span mode."),
     "Inline mode", &FeaturesRecord::inline_, CORVANE_CAP_SPAN_MODE};

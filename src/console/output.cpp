@@ -24,7 +24,8 @@ void PrepareOutput() {
   pollfd streams[] = {{STDIN_FILENO, 0, 0}, {STDOUT_FILENO, 0, 0}, {STDERR_FILENO, 0, 0}};
   poll(streams, 3, 0);
   for (const pollfd& stream : streams) {
-    // The lowest number that is free is this one. Writing to what is open for reading fails.
+    // The closed stream has the lowest free number, so it is the one that is opened. It is opened
+    // for reading, so writing fails.
     if ((stream.revents & POLLNVAL) != 0) open("/dev/null", O_RDONLY);
   }
   static char buffer[kBufferSize];

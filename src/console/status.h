@@ -10,7 +10,7 @@ inline constexpr int kRejected = -1;
 inline constexpr int kNoFirmwareFile = -3;
 inline constexpr int kNoDevice = -4;
 inline constexpr int kUnsupported = -5;  // by the device
-inline constexpr int kBadValue = -5;     // or an option that is missing; the same by contract
+inline constexpr int kBadValue = -5;     // wrong or missing; scripts know it as the same number
 inline constexpr int kAlreadyRunning = -12;
 
 // What each means, as the manual says it.

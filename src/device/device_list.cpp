@@ -9,7 +9,7 @@ namespace {
 constexpr int kWaitAttempts = 50;
 constexpr uint32_t kWaitMs = 100;
 
-// Asks with a list of its own, which no handle is taken from.
+// Gives its list back, as no handle was taken from it.
 bool AnyDeviceAttached() {
   DeviceList* const devices = CorvaneAPIGetDevicesList();
   if (devices == nullptr) return false;

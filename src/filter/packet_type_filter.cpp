@@ -24,14 +24,15 @@ int PacketTypeFilterSet(const CommandNode& leaf) {
   const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   const uint32_t capabilities = CorvaneAPIGetDeviceCapabilitiesEx(session.device());
-  if ((capabilities & CORVANE_CAP_PACKET_TYPE_FILTER) == 0)
+  if ((capabilities & CORVANE_CAP_PACKET_TYPE_FILTER) == 0) {
     return Fail(kUnsupported, kTypesUnsupported);
+  }
   PacketTypeFilterRecord filter = {};
   int status = CorvaneAPIGetPacketsTypeFilter(session.device(), &filter);
   if (status != kSuccess) return Fail(status, "Failed to get packet type filters for set");
 
   ApplySwitches(leaf, kPacketTypes, filter);
-  if ((capabilities & kVlanType.needs) != 0) {
+  if (Offers(capabilities, kVlanType)) {
     ApplySwitch(leaf, kVlanType, filter);
   } else {
     filter.vlan = 1;  // whatever was read or asked for
@@ -45,15 +46,16 @@ int PacketTypeFilterShow(const CommandNode& leaf) {
   const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   const uint32_t capabilities = CorvaneAPIGetDeviceCapabilitiesEx(session.device());
-  if ((capabilities & CORVANE_CAP_PACKET_TYPE_FILTER) == 0)
+  if ((capabilities & CORVANE_CAP_PACKET_TYPE_FILTER) == 0) {
     return Fail(kUnsupported, kTypesUnsupported);
+  }
   PacketTypeFilterRecord filter = {};
   const int status = CorvaneAPIGetPacketsTypeFilter(session.device(), &filter);
   if (status != kSuccess) return Fail(status, "Failed to get packet type filters");
 
   puts("Packet type filters:");
   for (const PacketTypeRow& type : kPacketTypes) PrintType(type, filter);
-  if ((capabilities & kVlanType.needs) != 0) PrintType(kVlanType, filter);
+  if (Offers(capabilities, kVlanType)) PrintType(kVlanType, filter);
   return kSuccess;
 }
 

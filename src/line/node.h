@@ -45,7 +45,7 @@ const CommandNode* MakeNode(const char* name, const char* description, Children 
 // The pair; null when key or arg is null.
 const NamedArg* MakeNamedArg(const char* key, void* arg);
 
-// The same of a row, whose texts must outlive it.
+// The pair of a row, whose texts must outlive it.
 const NamedArg* MakeParameter(const ParameterSpec& row);
 
 // argtable3 objects of an on/off switch, optional or mandatory. The values are accepted in either

@@ -33,7 +33,7 @@ struct ParameterSpec {
   const char* glossary = nullptr;
   const char* pattern = nullptr;
   int flags = 0;                                // argtable3's, of a pattern
-  const char* (*compose_glossary)() = nullptr;  // in place of glossary; its text is kept
+  const char* (*compose_glossary)() = nullptr;  // in place of glossary; the text is static
 };
 
 constexpr ParameterSpec FlagSpec(const char* name, const char* glossary) {
@@ -113,10 +113,15 @@ constexpr std::span<const Row> RowsOf(const Row (&rows)[kCount]) {
   return rows;
 }
 
+template <class Row>
+inline constexpr size_t kRowsIn = 1;
+template <class Row, size_t kCount>
+inline constexpr size_t kRowsIn<Row[kCount]> = kCount;
+
+// The list of all parameters of the parts, in their order, as an array.
 template <class... Parts>
 constexpr auto Parameters(const Parts&... parts) {
-  constexpr size_t kCount = ((sizeof(Parts) / sizeof(std::remove_all_extents_t<Parts>)) + ...);
-  std::array<const ParameterSpec*, kCount> list = {};
+  std::array<const ParameterSpec*, (kRowsIn<Parts> + ...)> list = {};
   size_t count = 0;
   const auto append = [&](const auto& rows) {
     for (const auto& row : rows) list[count++] = &ParameterOf(row);

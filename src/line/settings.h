@@ -15,8 +15,14 @@ struct SwitchRow {
   ParameterSpec parameter;
   const char* label;
   Field Record::*field;
-  uint32_t needs = 0;  // capability bits without which a device has no such setting
+  uint32_t needs = 0;  // bits of the capability mask without which a device has no such setting
 };
+
+// True when a device of these capabilities has the setting.
+template <class Record, class Field>
+bool Offers(uint32_t capabilities, const SwitchRow<Record, Field>& row) {
+  return (capabilities & row.needs) == row.needs;
+}
 
 // Stores 1 or 0 in the field; a switch that was not given leaves it alone.
 template <class Record, class Field>

@@ -19,8 +19,8 @@ constexpr int32_t kCapacity = 128;
 constexpr uint32_t kIdleMs = 1;
 
 // Copies the receiver's output until the library reports an error, and returns the result for it,
-// or until nobody takes it any more. Every chunk is flushed: who reads a pipe gets a sentence when
-// the receiver sends it.
+// or until the output cannot be written. Every chunk is flushed, so that the reader of a pipe gets
+// a sentence when the receiver sends it.
 int Stream(DeviceHandle device) {
   int32_t count = 0;
   char buffer[kCapacity + 1];

@@ -41,8 +41,7 @@ struct Messages {
   const char* failed;
 };
 
-// The devices of --device, one or all of them; unlike other commands without a line when there are
-// any.
+// The devices of --device, one or all. Unlike other commands this prints nothing when it finds one.
 int SelectTargets(const CommandNode& leaf, Targets& targets) {
   const std::string text = DeviceText(leaf).value_or("0");
   targets.all = strcasecmp(text.c_str(), "all") == 0;
