@@ -76,7 +76,7 @@ done <<'WISHES'
 {"corvane_features": {"slicing": 64, "autonega": true}}|device cannot change autonega
 {"corvane_timing": {"ppscomp": "fast"}}|ppscomp: .fast. is no number
 {"corvane_command": "ls"}|status 2: ls: unrecognized
-{"corvane_report_command": "true"}|features show --device 0: not the expected report
+{"corvane_report_command": "cat"}|features show --device 0: not the expected report
 WISHES
 
 # What the device does not take as it is wished is not saved.

@@ -11,6 +11,7 @@ send_frames=$2
 frames=100000
 name=corvane-test-$$
 folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
 
 skip() { echo "skipped: $*"; exit 77; }
 fail() { echo "live_capture_test.sh: $*" >&2; exit 1; }

@@ -91,7 +91,7 @@ PacketFilter::PacketFilter(const PacketFilterRecord& record, uint32_t capabiliti
                           (record.match_flags & CORVANE_MATCH_IPV6) != 0)),
       destination_(ReadAddress(record.dst_ip, record.dst_ip_mask,
                                (record.match_flags & CORVANE_MATCH_IPV6) != 0)) {
-  if ((capabilities & CORVANE_CAP_VLAN_FILTER) == 0) match_flags_ &= ~CORVANE_MATCH_VLAN;
+  if ((capabilities & CORVANE_CAP_VLAN_FILTER) == 0) match_flags_ &= ~uint32_t{CORVANE_MATCH_VLAN};
 }
 
 bool PacketFilter::Keeps(const RawFrame& frame, const FrameFacts& facts) const {
