@@ -4,6 +4,8 @@
 
 #include "value.h"
 
+namespace report {
+
 namespace {
 
 // The value in quotes, which want a backslash before three characters and take all others.
@@ -58,3 +60,5 @@ std::string ToText(const Labels& labels) {
   }
   return text.empty() ? text : text + "}";
 }
+
+}  // namespace report

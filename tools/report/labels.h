@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+namespace report {
+
 // Names and values in the order in which they are written.
 using Labels = std::vector<std::pair<std::string, std::string>>;
 
@@ -24,3 +26,5 @@ Labels WithOthers(Labels labels, const Labels& others);
 // As the text format has them, `{a="b",c="d"}`; empty without any. Bytes that are no UTF-8 become
 // U+FFFD.
 std::string ToText(const Labels& labels);
+
+}  // namespace report

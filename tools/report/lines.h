@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+namespace report {
+
 enum class LineKind {
   kValues,   // sets its values in the object at hand
   kReport,   // the same, and begins a new report
@@ -133,3 +135,5 @@ inline constexpr MessageLine kMessageLines[] = {
     {"Firmware file is not valid {*}", MessageKind::kFailure},
     {"Corvane device not found", MessageKind::kFailure},
 };
+
+}  // namespace report

@@ -11,6 +11,8 @@
 #include "output.h"
 #include "parser.h"
 
+using namespace report;
+
 namespace {
 
 constexpr int kUnreadable = 1;

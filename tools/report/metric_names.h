@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace report {
+
 // In place of a base unit: a point in time.
 inline constexpr const char* kUnixTime = "timestamp_seconds";
 
@@ -20,3 +22,5 @@ std::string MetricHelp(const std::string& path);
 // Takes the port out of a path that names one in its midst, so that disable_port_a becomes
 // disable_port. Returns "A" or "B"; empty when there is none.
 std::string TakePort(std::string& path);
+
+}  // namespace report

@@ -3,6 +3,8 @@
 
 #include <string_view>
 
+namespace report {
+
 // The keys that only ever count up, until the device restarts.
 inline constexpr std::string_view kCounting[] = {
     "bytes_written",
@@ -77,3 +79,5 @@ inline constexpr HelpText kHelp[] = {
     {"found", "devices that list found"},
     {"timestamp", "the timestamp of the statistics, in units of the device"},
 };
+
+}  // namespace report

@@ -10,6 +10,8 @@
 #include "metric_names.h"
 #include "metric_tables.h"
 
+namespace report {
+
 namespace {
 
 std::string Scaled(double value, double factor) {
@@ -160,3 +162,5 @@ std::string Metrics::Text() {
   }
   return text;
 }
+
+}  // namespace report

@@ -9,6 +9,8 @@
 #include "labels.h"
 #include "value.h"
 
+namespace report {
+
 // Collects the metrics of any number of reports of a device: the text format wants those of one
 // name together.
 class Metrics {
@@ -50,3 +52,5 @@ class Metrics {
   Device own_;                            // the one that the reports are of
   bool empty_ = true;
 };
+
+}  // namespace report

@@ -5,6 +5,8 @@
 
 #include "value.h"
 
+namespace report {
+
 // JSON over several lines. Bytes that are no UTF-8 become U+FFFD.
 std::string ToJson(const Json& report);
 
@@ -15,3 +17,5 @@ std::string ToLine(const Json& report, const std::string& time);
 
 // Now in UTC as ISO 8601 with milliseconds.
 std::string TimeStamp();
+
+}  // namespace report

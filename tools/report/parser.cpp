@@ -7,6 +7,8 @@
 #include "lines.h"
 #include "pattern.h"
 
+namespace report {
+
 namespace {
 
 constexpr size_t kDeepest = 3;         // no report indents more; bounds the recursion of outputs
@@ -219,3 +221,5 @@ ReportParser::Path ReportParser::Enclosing(size_t depth) {
   if (depth == 0) open_ = {Path()};
   return open_[depth];
 }
+
+}  // namespace report

@@ -10,6 +10,8 @@
 
 #include "value.h"
 
+namespace report {
+
 class ReportParser {
  public:
   // Every report is handed to done as soon as it is complete.
@@ -48,3 +50,5 @@ class ReportParser {
   Path title_;                         // the last title without indentation
   bool failed_ = false;
 };
+
+}  // namespace report

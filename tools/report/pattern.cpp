@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace report {
+
 namespace {
 
 bool IsDigit(char c) {
@@ -68,3 +70,5 @@ bool Fits(std::string_view pattern, std::string_view text) {
   std::vector<Capture> captures;
   return MatchPattern(pattern, text, captures);
 }
+
+}  // namespace report

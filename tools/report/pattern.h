@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace report {
+
 // What a placeholder took out of a line.
 struct Capture {
   std::string_view name;  // of the pattern
@@ -22,3 +24,5 @@ bool Fits(std::string_view pattern, std::string_view text);
 
 // True for a number without fraction, which may have a sign.
 bool IsWholeNumber(std::string_view text);
+
+}  // namespace report

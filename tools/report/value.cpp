@@ -6,6 +6,8 @@
 
 #include "pattern.h"
 
+namespace report {
+
 namespace {
 
 constexpr double kKilo = 1024.0;
@@ -159,3 +161,5 @@ Json ReadList(std::string_view text) {
   }
   return items;
 }
+
+}  // namespace report

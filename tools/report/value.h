@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace report {
+
 using Json = nlohmann::ordered_json;
 
 // A unit of the reports and the base unit that metrics are kept in.
@@ -44,3 +46,5 @@ Json ReadList(std::string_view text);
 // {"value", "unit"}.
 Json WithUnit(const Json& value, std::string_view unit);
 bool HasUnit(const Json& value);
+
+}  // namespace report

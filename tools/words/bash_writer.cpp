@@ -1,5 +1,7 @@
 #include "writers.h"
 
+namespace words {
+
 namespace {
 
 const char* KindOf(const Option& option) {
@@ -61,3 +63,5 @@ void WriteBashValues(FILE* out, const Command& root) {
     }
   }
 }
+
+}  // namespace words

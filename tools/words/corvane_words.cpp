@@ -6,6 +6,8 @@
 
 #include "writers.h"
 
+using namespace words;
+
 namespace {
 
 struct Mark {

@@ -7,6 +7,8 @@
 
 using namespace corvane;
 
+namespace words {
+
 namespace {
 
 // Literal text in running text: a hyphen at the start of a word is an option's.
@@ -103,3 +105,5 @@ void WriteManualStatuses(FILE* out, const Command&) {
   }
   fputs(".El\n", out);
 }
+
+}  // namespace words

@@ -8,6 +8,8 @@
 
 using namespace corvane;
 
+namespace words {
+
 namespace {
 
 std::string OneLine(const char* text) {
@@ -110,3 +112,5 @@ std::string Escape(const std::string& text, const char* special, const char* esc
   }
   return escaped;
 }
+
+}  // namespace words

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace words {
+
 enum class Values {
   kNone,          // a flag
   kFree,          // a number or a text
@@ -50,3 +52,5 @@ std::string Join(const std::vector<std::string>& words, const char* separator);
 
 // The text with every occurrence of each character of `special` preceded by `escape`.
 std::string Escape(const std::string& text, const char* special, const char* escape);
+
+}  // namespace words

@@ -5,6 +5,8 @@
 
 #include "words.h"
 
+namespace words {
+
 // The manual page's commands with their parameters, and its table of exit statuses (mdoc).
 void WriteManualCommands(FILE* out, const Command& root);
 void WriteManualStatuses(FILE* out, const Command& root);
@@ -18,3 +20,5 @@ void WriteZshFunctions(FILE* out, const Command& root);
 
 // fish's "complete" commands.
 void WriteFishCommands(FILE* out, const Command& root);
+
+}  // namespace words

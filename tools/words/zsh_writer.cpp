@@ -1,5 +1,7 @@
 #include "writers.h"
 
+namespace words {
+
 namespace {
 
 std::string Quote(const std::string& text) {
@@ -69,3 +71,5 @@ void WriteZshFunctions(FILE* out, const Command& root) {
     fputs("\n}\n", out);
   }
 }
+
+}  // namespace words
