@@ -36,7 +36,7 @@ std::string OptionsOf(const Command& command) {
   return Join(options, " ");
 }
 
-// A short option is looked up once to get its long name.
+// Gives the long name of a short option, under which everything else is found.
 void WriteShortName(FILE* out, const std::string& path, const Option& option) {
   if (option.short_name.empty()) return;
   fprintf(out, "    '%s -%s') long='--%s' ;;\n", path.c_str(), option.short_name.c_str(),

@@ -1,4 +1,4 @@
-// What is written from the command line's words. Each writes whole lines to `out`.
+// The texts made from the words of the command line. Each function writes whole lines to `out`.
 #pragma once
 
 #include <cstdio>
