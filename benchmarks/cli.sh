@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # cli.sh [ROUNDS]
 #
-# What a run of the installed utility costs beside an empty program loaded with the same device
-# library, one that answers at once, and beside two tools that print as little. Builds the release
-# preset, installs it into build/benchmarks and prints a line for each command and measure with its
-# goal, and OK or MISSED. A missed goal is a finding, not a failure: the status is 0 unless something
-# could not be built or run.
+# What a run of the installed utility costs compared with an empty program that loads the same
+# device library, one that answers at once, and with two tools that print as little. Builds the
+# release preset, installs it into build/benchmarks and prints a line for each command and measure
+# with its goal, and OK or MISSED. A missed goal is a finding, not a failure: the status is 0 unless
+# something could not be built or run.
 #
 # Instructions and system calls are exact; times and memory are medians of ROUNDS paired runs.
 source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
@@ -15,7 +15,8 @@ out=$root/build/benchmarks
 corvane=$out/installed/bin/corvane
 stub=$out/libCorvaneAPI.so.2
 
-# Those that scripts call all the time, and those with much to print or to parse: their goals differ.
+# Commands that scripts run all the time, and commands with much to print or to parse: their goals
+# differ.
 everyday=(
   "help"
   "list"
@@ -35,7 +36,7 @@ die() {
   exit 1
 }
 
-# Nothing of the caller's environment takes part in a run.
+# A run gets nothing of the caller's environment.
 run_clean() {
   env -i PATH="$PATH" LD_LIBRARY_PATH="$out" "$@"
 }
@@ -66,7 +67,7 @@ count_instructions() {
   awk '$1 == "summary:" || $1 == "totals:" { total = $2 } END { print total }' "$out/callgrind"
 }
 
-# One line a system call in $out/strace.
+# Writes one line per system call to $out/strace.
 trace() {
   run_clean strace -qq -o "$out/strace" "$@" >/dev/null || die "under strace: $*"
 }
@@ -115,7 +116,7 @@ measure() { # goal for the times, words of the command
   row "$name" "writes to the output" "$writes" 1
 }
 
-# list beside a tool that shows interfaces: goal, the tool's words.
+# Compares list with a tool that shows interfaces: goal, the tool's words.
 compare() {
   local figures
   figures=$(run_clean "$out/run_many" "$((rounds / 4 + 1))" "$(command -v "$2")" "${@:3}" -- \

@@ -8,6 +8,8 @@
 
 using namespace corvane;
 
+namespace words {
+
 namespace {
 
 std::string OneLine(const char* text) {
@@ -29,7 +31,7 @@ std::string WithoutBrackets(const char* datatype) {
   return text;
 }
 
-// The tree keeps no kinds: what a value means shows in its datatype alone.
+// The tree does not say what kind of value an option takes; only its datatype shows it.
 Values ValuesOf(const std::string& key, const std::string& datatype) {
   if (datatype.empty()) return Values::kNone;
   if (key == "device") return datatype.ends_with("|all") ? Values::kDeviceOrAll : Values::kDevice;
@@ -110,3 +112,5 @@ std::string Escape(const std::string& text, const char* special, const char* esc
   }
   return escaped;
 }
+
+}  // namespace words
