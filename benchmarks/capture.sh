@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # capture.sh [ROUNDS [PACKETS]]
 #
-# What the frame path and the capture writer cost beside Debian's tools on the same file: PACKETS
-# mixed packets are read through libpcap and written as pcapng. In each round the tool and the frame
-# path run one after the other; prints the medians of their CPU times (user and system, ms) and of
-# the rounds' ratios with the goals, and OK or MISSED. A missed goal is a finding, not a failure: the
-# status is 0 unless something could not be built or run, or other packets were kept than by the
-# tool.
+# What the frame path and the capture writer cost compared with Debian's tools on the same file:
+# PACKETS mixed packets are read through libpcap and written as pcapng. In each round the tool and
+# the frame path run one after the other. Prints the medians of their CPU times (user and system,
+# ms) and of the rounds' ratios with the goals, and OK or MISSED. A missed goal is a finding, not a
+# failure: the status is 0 unless something could not be built or run, or the tool kept other
+# packets.
 source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
 rounds=${1:-9}
@@ -16,7 +16,7 @@ trace=$out/trace.pcap
 host=10.1.20.7
 port=443
 needle=436f727661636517a9d3f0124b6e8c55
-# tcpdump looks into VLANs only when told; the device always does.
+# tcpdump looks into VLANs only on request; the device always does.
 filter="host $host and port $port or (vlan and host $host and port $port)"
 
 die() {

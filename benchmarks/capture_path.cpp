@@ -33,7 +33,7 @@ void Slice(PathSettings& settings, int bytes) {
   settings.features.slicing_size = static_cast<uint16_t>(bytes);
 }
 
-// Source or destination, both the address and the port.
+// The address and the port of either side.
 bool Filter(PathSettings& settings, const char* host, int port) {
   unsigned address[4];
   if (sscanf(host, "%u.%u.%u.%u", &address[0], &address[1], &address[2], &address[3]) != 4)

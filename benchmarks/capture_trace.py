@@ -2,8 +2,8 @@
 
 Offices talking to servers: TCP, UDP and ICMP over IPv4 and IPv6, some in VLANs, and ARP. Sizes are
 about those of the simple Internet mix: seven small packets to four of 590 bytes and one full one.
-About one IPv4 packet in sixty has the host 10.1.20.7 and the port 443, one of those with room in a
-thousand carries the bytes of NEEDLE.
+About one IPv4 packet in sixty has the host 10.1.20.7 and the port 443; of the packets with enough
+room, one in a thousand carries the bytes of NEEDLE.
 """
 import random
 import struct

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # live_capture.sh [ROUNDS [FRAMES [RATE]]]
 #
-# What capturing from a live interface costs beside dumpcap, both with 64 MB for frames that wait:
+# What capturing from a live interface costs compared with dumpcap, both with a buffer of 64 MB:
 # FRAMES frames, RATE a second, are sent through a veth pair in a network namespace of its own while
-# both capture from its other end, one after the other in each round. Prints the medians of ROUNDS
-# rounds with their goals, and OK or MISSED. A missed goal is a finding, not a failure: the status is
-# 0 unless something could not be built or run. Needs root.
+# one of them captures at its other end; both take their turn in each round. Prints the medians of
+# ROUNDS rounds with their goals, and OK or MISSED. A missed goal is a finding, not a failure: the
+# status is 0 unless something could not be built or run. Needs root.
 source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
 rounds=${1:-5}
@@ -38,7 +38,7 @@ prepare() {
 
 make_veth() {
   ip netns add "$name" || die "cannot make a network namespace"
-  # The kernel would send frames of its own.
+  # Otherwise the kernel sends frames of its own.
   in_namespace sh -c 'echo 1 >/proc/sys/net/ipv6/conf/default/disable_ipv6'
   ip -n "$name" link add sender type veth peer name receiver
   ip -n "$name" link set sender up
@@ -80,7 +80,7 @@ run_ours() {
 
 run_dumpcap() {
   local before after
-  # Not through a function: its process would be the shell's.
+  # Not through a function: $! would then be the shell's process.
   ip netns exec "$name" dumpcap -q -i receiver -B 64 -w "$out/dumpcap.pcapng" 2>"$out/dumpcap.log" &
   dumpcap=$!
   sleep 1

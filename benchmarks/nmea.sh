@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # nmea.sh [ROUNDS]
 #
-# How `corvane nmea` copies a GPS receiver's output, beside a plain C loop on the same device
-# library: how soon a sentence is in the reader's pipe, what waiting costs, and how fast a source
-# goes through that never runs dry. Builds the release preset and prints a line for each figure with
-# its goal, and OK or MISSED. A missed goal is a finding, not a failure: the status is 0 unless
-# something could not be built or run.
+# How `corvane nmea` copies a GPS receiver's output, compared with a plain C loop on the same device
+# library: how soon a sentence is in the reader's pipe, what waiting costs, and how fast an endless
+# source is copied. Builds the release preset and prints a line for each figure with its
+# goal, and OK or MISSED. A missed goal is a finding, not a failure: the status is 0 unless something
+# could not be built or run.
 #
-# The two programs take turns, and each figure is the median of ROUNDS rounds, ratios being taken
-# within a round.
+# The two programs take turns. Each figure is the median of ROUNDS rounds; ratios are taken within a
+# round.
 source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
 rounds=${1:-9}
@@ -39,8 +39,8 @@ prepare() {
   cc "${flags[@]}" -o "$out/reader" "$here/nmea_reader.c"
 }
 
-# run PROGRAM SOURCE READS: what the library says of it goes to $out/said. The utility ends with
-# the error that the library makes.
+# run PROGRAM SOURCE READS: writes the library's figures to $out/said. The utility ends with the
+# error that the library returns.
 run() {
   local words=("$out/floor")
   [ "$1" = floor ] || words=("$root/build/release/bin/corvane" nmea)
@@ -58,7 +58,7 @@ check_loads_library() {
   [[ $loaded == *"=> $library "* ]] || die "$1 does not load $library"
 }
 
-# in_turn ROUND: both programs, each first in every other round.
+# in_turn ROUND: prints both programs; each is first in every other round.
 in_turn() {
   if (($1 % 2)); then echo corvane floor; else echo floor corvane; fi
 }
@@ -85,7 +85,7 @@ delays() {
   done
 }
 
-# ratios SOURCE READS NAME: NAME of corvane over that of the plain loop, a line a round.
+# ratios SOURCE READS NAME: the figure NAME of corvane divided by the plain loop's, a line a round.
 ratios() {
   local round program
   local -A figure

@@ -1,13 +1,13 @@
 /*
- * The GPS output of a device library, for measuring how it is read; the rest is stub_library.c's,
- * whose own sleep and GPS output are compiled under other names.
+ * The GPS output of a device library, for measuring how it is read. The rest comes from
+ * stub_library.c, whose own sleep and GPS output are compiled under other names.
  *
  * NMEA_SOURCE says what a read finds:
- *   sentences  one sentence every 10 ms that carries the time at which it is handed over
+ *   sentences  a sentence every 10 ms, with the time at which it is returned
  *   idle       nothing
- *   endless    as much as the buffer takes
- * After NMEA_READS reads it fails, which ends the reading program, and writes to standard error
- * what happened since the first: "cpu" and the processor time, "wall" and the time, in seconds.
+ *   endless    as much as the buffer holds
+ * After NMEA_READS reads it fails, which ends the reading program, and writes to standard error the
+ * cost since the first: "cpu" and the processor time, "wall" and the time, in seconds.
  */
 #define _GNU_SOURCE
 #include <stdbool.h>
@@ -28,7 +28,7 @@ typedef struct Source {
   long reads_left;
   int64_t started;
   int64_t started_cpu;
-  int64_t due; /* when there is the next sentence */
+  int64_t due; /* time of the next sentence */
 } Source;
 
 static Source source;

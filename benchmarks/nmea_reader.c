@@ -1,7 +1,7 @@
 /*
- * Reads from standard input the sentences that nmea_library.c hands over until there are no more,
- * and prints how many microseconds after that they were here: the 50th and the 99th percentile and
- * the most, and how many came. Ends with status 1 when none came.
+ * Reads the sentences of nmea_library.c from standard input to its end, and prints how many
+ * microseconds they took to arrive: the 50th and the 99th percentile, the most, and the number of
+ * sentences. Ends with status 1 when there were none.
  */
 #define _GNU_SOURCE
 #include <stdio.h>
@@ -26,7 +26,7 @@ static int Ascending(const void* left, const void* right) {
   return (a > b) - (a < b);
 }
 
-/* Takes the sentences out of what came by now; returns the number of delays known after it. */
+/* Reads the sentences that are complete; returns the number of delays known then. */
 static int Take(const char* text, long long now, int count) {
   while (count < kMost && (text = strstr(text, "$BENCH,")) != NULL) {
     text += strlen("$BENCH,");

@@ -3,12 +3,12 @@
  *
  * Runs the programs PEER and COMMAND in turn, ROUNDS times each, and prints the medians of
  * COMMAND's cost as a ratio to PEER's: a line each "wall R", "cpu R" (user and system time) and
- * "memory R" (peak resident set). Both run as they would on their own but for standard output,
- * which goes to /dev/null. Ends with status 1 when one of them cannot be run or fails.
+ * "memory R" (peak resident set). Both run as they would on their own, except that standard
+ * output goes to /dev/null. Ends with status 1 when one of them cannot be run or fails.
  *
  * One run takes about as long as the scheduler needs to get in the way, so the two alternate and
  * each round is compared within itself: load that comes and goes meets both alike. Link it
- * statically: until it executes the program a child counts as large as this one.
+ * statically: until a child executes the program, it counts as large as this one.
  */
 #define _GNU_SOURCE
 #include <errno.h>
@@ -97,7 +97,7 @@ static bool Measure(int rounds, char** peer_argv, char** argv, double* ratios) {
   return true;
 }
 
-/* One processor for all: moving a child to another costs as much as a good part of its run. */
+/* One processor for all: moving a child to another costs a good part of its run. */
 static void StayOnThisProcessor(void) {
   cpu_set_t set;
   CPU_ZERO(&set);
@@ -113,7 +113,7 @@ static FILE* TakeOutput(void) {
   return fdopen(kept, "w");
 }
 
-/* Ends the peer's words at the "--" and returns the words behind it; null when there are none. */
+/* Ends the peer's words at the "--" and returns the words after it; null when there are none. */
 static char** EndOfPeer(char** words) {
   while (*words != NULL && strcmp(*words, "--") != 0) ++words;
   if (*words == NULL || words[1] == NULL) return NULL;

@@ -1,9 +1,9 @@
 // send_frames INTERFACE COUNT RATE
 //
 // Sends COUNT Ethernet frames of mixed lengths (60 to 1514 bytes, 358 on average) out of the
-// interface, RATE a second, in bursts of a millisecond. The frames are of the EtherType for local
-// experiments (IEEE 802) and hold their number, from 0, in the four bytes after it. Prints how many
-// were sent.
+// interface, RATE a second, in bursts of a millisecond. The frames have the EtherType for local
+// experiments (IEEE 802), followed by their number, from 0, in four bytes. Prints how many were
+// sent.
 #define _GNU_SOURCE  // sendmmsg
 #include <arpa/inet.h>
 #include <linux/if_packet.h>

@@ -1,6 +1,6 @@
 /*
  * A device library that answers at once: one device with every capability, records of zeros, no
- * state, no waiting. What a run of the utility costs on top of it is the utility's own.
+ * state, no waiting. All further cost of a run is the utility's own.
  */
 #include <string.h>
 
@@ -90,7 +90,7 @@ int32_t CorvaneAPIGetHwFirmwaresDesc(DeviceHandle device, HwFirmwaresDesc* firmw
 FILLS(CorvaneAPIGetDevicePortsSpeed, PortsSpeedRecord)
 ACCEPTS_RECORD(CorvaneAPISetDevicePortsSpeed, PortsSpeedRecord)
 
-/* Every section present and as long as it gets, so that the reports are. */
+/* Every section is present and as long as possible, so that the reports are, too. */
 int32_t CorvaneAPIGetLinkStatus(DeviceHandle device, LinkStatusRecord* status) {
   (void)device;
   *status = (LinkStatusRecord){.link_valid = 1,

@@ -6,6 +6,8 @@
 #include "filter/address_wildcard.h"
 #include "require.h"
 
+using namespace corvane;
+
 namespace {
 
 template <class Record>

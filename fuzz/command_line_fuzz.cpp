@@ -6,14 +6,17 @@
 
 #include "require.h"
 #include "shell/command_table.h"
+#include "shell/dispatcher.h"
+
+using namespace corvane;
 
 namespace {
 
 // Replaces the handler of every leaf.
 const CommandNode& Disarm(const CommandNode& node) {
   const auto nothing = [](const CommandNode&) { return 0; };
-  if (node.children == nullptr) const_cast<CommandNode&>(node).handler = nothing;
-  for (auto* child = node.children; child != nullptr && *child != nullptr; ++child) Disarm(**child);
+  if (node.children.empty()) const_cast<CommandNode&>(node).handler = nothing;
+  for (const CommandNode* child : node.children) Disarm(*child);
   return node;
 }
 

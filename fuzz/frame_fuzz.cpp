@@ -31,7 +31,10 @@ PathSettings SettingsOf(const uint8_t* setup) {
   settings.features.slicing = setup[44] >> 4 & 1;
   settings.features.slicing_size = setup[45];
   settings.full_frames = (setup[44] >> 5 & 1) != 0;
-  settings.capabilities = (setup[44] & 0x40) != 0 ? kFilter | kPacketTypeFilter | kVlanFilter : 0;
+  settings.capabilities =
+      (setup[44] & 0x40) != 0
+          ? CORVANE_CAP_FILTER | CORVANE_CAP_PACKET_TYPE_FILTER | CORVANE_CAP_VLAN_FILTER
+          : 0;
   return settings;
 }
 

@@ -7,6 +7,8 @@
 #include "output.h"
 #include "parser.h"
 
+using namespace report;
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view input(reinterpret_cast<const char*>(data), size);
   Metrics metrics({{"device", std::string(input.substr(0, 8))}});

@@ -8,6 +8,8 @@
 #include "require.h"
 #include "timing/sntp_client.h"
 
+using namespace corvane;
+
 namespace {
 
 constexpr uint32_t kUnixEpoch = 2208988800;  // seconds since 1900

@@ -1,6 +1,6 @@
 #!/bin/sh
-# changelog.sh VERSION SECONDS <CHANGELOG.md: writes the notes of the version as a Debian changelog,
-# of so many seconds after 1970.
+# changelog.sh VERSION SECONDS <CHANGELOG.md: writes the notes of the version as a Debian changelog.
+# SECONDS is its date, in seconds since 1970.
 printf 'corvane (%s) unstable; urgency=medium\n' "$1"
 awk -v version="$1" '
   /^## / { inside = $2 == version; next }

@@ -1,6 +1,6 @@
 #!/bin/sh
-# finish.sh ROOT: makes what is staged in ROOT for a package as Debian wants it: larger texts
-# compressed without a time stamp, no sections that nothing reads.
+# finish.sh ROOT: prepares the files in ROOT for a package as Debian wants them: larger texts are
+# compressed without a time stamp, and sections that nothing reads are removed.
 set -e
 find "$1/usr/share/man" -name '*.[1-9]' -exec gzip -9n {} +
 find "$1/usr/share/doc" -maxdepth 2 -name '*.md' -size +4k -exec gzip -9n {} +

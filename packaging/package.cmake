@@ -12,13 +12,13 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
-# The device library is the maker's and in no package: it is found here, where the simulator stands
-# for it, and nothing depends on it.
+# The device library is the maker's and in no package. The simulator stands in for it here, so that
+# it is found and no package depends on it.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/simulator)
 
 set(CPACK_DEBIAN_CORVANE_PACKAGE_NAME corvane)
-set(CPACK_DEBIAN_CORVANE_PACKAGE_DEPENDS netbase)  # its /etc/services has the port of "ntp"
+set(CPACK_DEBIAN_CORVANE_PACKAGE_DEPENDS netbase)  # /etc/services has the port of "ntp"
 set(CPACK_DEBIAN_CORVANE_PACKAGE_SUGGESTS "corvane-simulator, bash-completion")
 set(CPACK_COMPONENT_CORVANE_DESCRIPTION
 "configure and monitor Corvane network capture devices
@@ -32,13 +32,13 @@ set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME corvane-simulator)
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS corvane)
 set(CPACK_COMPONENT_SIMULATOR_DESCRIPTION
 "simulated Corvane network capture devices
-A library in the place of the one that the maker of Corvane devices ships,
-with devices that exist only in a file and a database: to try the command
-line tool corvane, and to test what uses it. The command corvane-sim runs any
-other command with it.")
+A library that takes the place of the one that the maker of Corvane devices
+ships. Its devices exist only in a file and a database. With it one can try
+the command line tool corvane and test programs that use it. The command
+corvane-sim runs any other command with it.")
 
-# Everything in the packages is as old as the release, so that the same sources give the same bytes
-# at any time. The day stands in the heading of its changes; SOURCE_DATE_EPOCH goes before it.
+# Everything in the packages has the date of the release, so that the same sources always give the
+# same bytes. The date is in the heading of the changes; SOURCE_DATE_EPOCH overrides it.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
 file(STRINGS CHANGELOG.md heading REGEX "^## ${PROJECT_VERSION} ")
 string(REGEX MATCH "[0-9]+-[0-9]+-[0-9]+$" day "${heading}")
@@ -58,7 +58,7 @@ install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane
 install(DIRECTORY contrib/ansible DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane/examples
   PATTERN __pycache__ EXCLUDE)
 
-# What Debian wants in each.
+# What Debian wants in each package.
 set(changelog ${CMAKE_BINARY_DIR}/changelog.gz)
 add_custom_command(OUTPUT ${changelog}
   COMMAND ${CMAKE_SOURCE_DIR}/packaging/changelog.sh ${PROJECT_VERSION} ${epoch}

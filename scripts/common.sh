@@ -11,8 +11,8 @@ as_root() {
   if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# install_packages SECTION...: installs what is missing of these sections of scripts/packages; does
-# nothing when all is there.
+# install_packages SECTION...: installs the missing packages of these sections of scripts/packages;
+# does nothing when all are there.
 install_packages() {
   local wanted missing=() name installed
   mapfile -t wanted < <(awk -v sections="$*" '

@@ -57,45 +57,45 @@ int32_t CorvaneAPISaveDeviceFeatures(DeviceHandle device) {
 }
 
 int32_t CorvaneAPIGetDevicePortsSpeed(DeviceHandle device, PortsSpeedRecord* speeds) {
-  return GetRecord(__func__, device, kSpeedControl, "ports_speed", speeds);
+  return GetRecord(__func__, device, CORVANE_CAP_SPEED_CONTROL, "ports_speed", speeds);
 }
 
 int32_t CorvaneAPISetDevicePortsSpeed(DeviceHandle device, PortsSpeedRecord speeds) {
-  return SetRecord(__func__, device, kSpeedControl, "ports_speed", speeds);
+  return SetRecord(__func__, device, CORVANE_CAP_SPEED_CONTROL, "ports_speed", speeds);
 }
 
 int32_t CorvaneAPIGetDpiFilter(DeviceHandle device, DpiFilterRecord* filter) {
-  return GetRecord(__func__, device, kFilter, "dpi_filter", filter);
+  return GetRecord(__func__, device, CORVANE_CAP_FILTER, "dpi_filter", filter);
 }
 
 int32_t CorvaneAPISetDpiFilter(DeviceHandle device, DpiFilterRecord filter) {
-  return SetRecord(__func__, device, kFilter, "dpi_filter", filter);
+  return SetRecord(__func__, device, CORVANE_CAP_FILTER, "dpi_filter", filter);
 }
 
 int32_t CorvaneAPISaveDpiFilter(DeviceHandle device) {
-  return SaveRecords(__func__, device, kFilter, {"dpi_filter"});
+  return SaveRecords(__func__, device, CORVANE_CAP_FILTER, {"dpi_filter"});
 }
 
 int32_t CorvaneAPIGetPacketFilter(DeviceHandle device, PacketFilterRecord* filter) {
-  return GetRecord(__func__, device, kFilter, "packet_filter", filter);
+  return GetRecord(__func__, device, CORVANE_CAP_FILTER, "packet_filter", filter);
 }
 
 int32_t CorvaneAPISetPacketFilter(DeviceHandle device, PacketFilterRecord filter) {
-  return SetRecord(__func__, device, kFilter, "packet_filter", filter);
+  return SetRecord(__func__, device, CORVANE_CAP_FILTER, "packet_filter", filter);
 }
 
 // The library has no call of its own to save the packet types; the device keeps them with the
 // packet filter.
 int32_t CorvaneAPISavePacketFilter(DeviceHandle device) {
-  return SaveRecords(__func__, device, kFilter, {"packet_filter", "packet_type_filter"});
+  return SaveRecords(__func__, device, CORVANE_CAP_FILTER, {"packet_filter", "packet_type_filter"});
 }
 
 int32_t CorvaneAPIGetPacketsTypeFilter(DeviceHandle device, PacketTypeFilterRecord* filter) {
-  return GetRecord(__func__, device, kPacketTypeFilter, "packet_type_filter", filter);
+  return GetRecord(__func__, device, CORVANE_CAP_PACKET_TYPE_FILTER, "packet_type_filter", filter);
 }
 
 int32_t CorvaneAPISetPacketsTypeFilter(DeviceHandle device, PacketTypeFilterRecord filter) {
-  return SetRecord(__func__, device, kPacketTypeFilter, "packet_type_filter", filter);
+  return SetRecord(__func__, device, CORVANE_CAP_PACKET_TYPE_FILTER, "packet_type_filter", filter);
 }
 
 int32_t CorvaneAPIGetCounterV2(DeviceHandle device, uint32_t index, CounterV2Config* counter) {
@@ -106,19 +106,20 @@ int32_t CorvaneAPIGetCounterV2(DeviceHandle device, uint32_t index, CounterV2Con
     memcpy(&record, CounterAt(counters, index), sizeof record);
     return int32_t{CORVANE_OK};
   };
-  return FillCall(__func__, device, kStatisticsV2, arguments, counter, fill);
+  return FillCall(__func__, device, CORVANE_CAP_STATISTICS_V2, arguments, counter, fill);
 }
 
 int32_t CorvaneAPISetCounterV2(DeviceHandle device, CounterV2Config counter) {
   const std::string arguments = HexArgument("record", &counter, sizeof counter);
-  return DeviceCall(__func__, device, Access::kWrite, kStatisticsV2, arguments, [&](Call& call) {
-    const auto index = static_cast<uint32_t>(counter.index);
-    if (index >= CORVANE_COUNTERS_V2) return kInvalidArgument;
-    Bytes counters = CurrentRecord(call, "counters_v2");
-    memcpy(CounterAt(counters, index), &counter, sizeof counter);
-    call.state.SetConfiguration(call.device.name, "counters_v2", counters);
-    return int32_t{CORVANE_OK};
-  });
+  return DeviceCall(__func__, device, Access::kWrite, CORVANE_CAP_STATISTICS_V2, arguments,
+                    [&](Call& call) {
+                      const auto index = static_cast<uint32_t>(counter.index);
+                      if (index >= CORVANE_COUNTERS_V2) return kInvalidArgument;
+                      Bytes counters = CurrentRecord(call, "counters_v2");
+                      memcpy(CounterAt(counters, index), &counter, sizeof counter);
+                      call.state.SetConfiguration(call.device.name, "counters_v2", counters);
+                      return int32_t{CORVANE_OK};
+                    });
 }
 
 }  // extern "C"

@@ -63,7 +63,7 @@ int32_t CorvaneAPIGetHwFirmwaresDesc(DeviceHandle device, HwFirmwaresDesc* firmw
     record = FirmwaresOf(call.device);
     return CORVANE_OK;
   };
-  return FillCall(__func__, device, kMultipleHw, "", firmwares, fill);
+  return FillCall(__func__, device, CORVANE_CAP_MULTIPLE_HW, "", firmwares, fill);
 }
 
 int32_t CorvaneAPIRestartDevice(DeviceHandle device) {

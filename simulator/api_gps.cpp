@@ -80,7 +80,7 @@ int32_t ReadOutput(Call& call, char* buffer, size_t capacity) {
 }
 
 bool HasReceiver(const Call& call) {
-  return (call.device.capabilities & kGps) != 0;
+  return (call.device.capabilities & CORVANE_CAP_GPS) != 0;
 }
 
 }  // namespace

@@ -95,10 +95,11 @@ int32_t CorvaneAPIGetLinkStatus(DeviceHandle device, LinkStatusRecord* status) {
 }
 
 int32_t CorvaneAPIPoeGetMeasures(DeviceHandle device, PoeMeasures* measures) {
-  return FillCall(__func__, device, kPoe, "", measures, [](Call& call, PoeMeasures& record) {
-    record = Current<PoeMeasures>(call, "poe_measures");
-    return CORVANE_OK;
-  });
+  return FillCall(__func__, device, CORVANE_CAP_POE, "", measures,
+                  [](Call& call, PoeMeasures& record) {
+                    record = Current<PoeMeasures>(call, "poe_measures");
+                    return CORVANE_OK;
+                  });
 }
 
 }  // extern "C"

@@ -39,7 +39,7 @@ bool HasMix(const DeviceConfiguration& device) {
 void FillFromCapture(const CaptureReport& capture, uint32_t capabilities, int64_t elapsed_ms,
                      StatisticsRecord& statistics) {
   statistics.sw_dropped = capture.frames_lost;
-  if ((capabilities & kStatisticsV2) != 0) {
+  if ((capabilities & CORVANE_CAP_STATISTICS_V2) != 0) {
     statistics.version = 2;
     memcpy(statistics.counters.v2, capture.counts.counters, sizeof capture.counts.counters);
     return;
@@ -55,7 +55,8 @@ int32_t FillStatistics(Call& call, StatisticsRecord& statistics) {
     return CORVANE_OK;
   }
   const uint32_t capabilities = call.device.capabilities;
-  if ((capabilities & (kStatisticsV1 | kStatisticsV2)) == 0) return kNotSupported;
+  if ((capabilities & (CORVANE_CAP_STATISTICS_V1 | CORVANE_CAP_STATISTICS_V2)) == 0)
+    return kNotSupported;
   // The host's clock may have been set back.
   const int64_t elapsed_ms = std::max(HostMs() - StartedMs(call), int64_t{0});
   const uint64_t frames = FramesAfter(elapsed_ms, call.device.traffic_rate);
@@ -63,7 +64,7 @@ int32_t FillStatistics(Call& call, StatisticsRecord& statistics) {
   const CaptureReport capture = ReadCapture(CapturePlaceOf(call));
   if (capture.state == CaptureState::kRunning || !HasMix(call.device)) {
     FillFromCapture(capture, capabilities, elapsed_ms, statistics);
-  } else if ((capabilities & kStatisticsV2) != 0) {
+  } else if ((capabilities & CORVANE_CAP_STATISTICS_V2) != 0) {
     FillCounters(call, frames, statistics);
   } else {
     FillPorts(elapsed_ms, frames, statistics);

@@ -55,15 +55,16 @@ void FillTimingStatus(Call& call, TimingStatusRecord& status) {
 extern "C" {
 
 int32_t CorvaneAPIGetTimingStatus(DeviceHandle device, TimingStatusRecord* status) {
-  return FillCall(__func__, device, kGps, "", status, [](Call& call, TimingStatusRecord& record) {
-    FillTimingStatus(call, record);
-    return CORVANE_OK;
-  });
+  return FillCall(__func__, device, CORVANE_CAP_GPS, "", status,
+                  [](Call& call, TimingStatusRecord& record) {
+                    FillTimingStatus(call, record);
+                    return CORVANE_OK;
+                  });
 }
 
 int32_t CorvaneAPISetTimingTime(DeviceHandle device, TimingTimeRecord time) {
   const std::string arguments = HexArgument("record", &time, sizeof time);
-  return DeviceCall(__func__, device, Access::kWrite, kGps, arguments, [&](Call& call) {
+  return DeviceCall(__func__, device, Access::kWrite, CORVANE_CAP_GPS, arguments, [&](Call& call) {
     if (!IsSettable(time)) return kInvalidArgument;
     SetClock(call, time.time_source, OffsetOf(time));
     return int32_t{CORVANE_OK};

@@ -52,8 +52,8 @@ constexpr const char* kVlanFilterLabel = "VLAN filter";
 bool AddCapability(Where node, DeviceConfiguration& device, ConfigurationError& error) {
   std::string label;
   if (!ReadText(node, label, error)) return false;
-  uint32_t bit = label == kVlanFilterLabel ? kVlanFilter : 0;
-  for (const Capability& capability : kCapabilities) {
+  uint32_t bit = label == kVlanFilterLabel ? CORVANE_CAP_VLAN_FILTER : 0;
+  for (const corvane::Capability& capability : corvane::kCapabilities) {
     if (label == capability.label) bit = capability.bit;
   }
   if (bit == 0) return RefuseValue(node, "unknown capability \"" + label + "\"", error);

@@ -19,7 +19,7 @@ Bytes Features(uint32_t capabilities) {
   FeaturesRecord features = {};
   features.ts = 1;
   features.slicing_size = 128;
-  features.autonega = features.autonegb = (capabilities & kAutonegotiation) != 0 ? 1 : 0;
+  features.autonega = features.autonegb = (capabilities & CORVANE_CAP_AUTONEGOTIATION) != 0 ? 1 : 0;
   return BytesOf(features);
 }
 

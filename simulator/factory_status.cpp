@@ -91,8 +91,9 @@ void AddModules(LinkStatusRecord& status) {
 
 LinkStatusRecord FactoryLinkStatus(uint32_t capabilities) {
   LinkStatusRecord status = {};
-  if ((capabilities & (kPhy1 | kPhy2 | kPhy3)) != 0) AddCopper(status);
-  if ((capabilities & kSfp) != 0) AddModules(status);
+  if ((capabilities & (CORVANE_CAP_PHY1 | CORVANE_CAP_PHY2 | CORVANE_CAP_PHY3)) != 0)
+    AddCopper(status);
+  if ((capabilities & CORVANE_CAP_SFP) != 0) AddModules(status);
   return status;
 }
 

@@ -3,6 +3,8 @@
 
 #include "support/expectations.h"
 
+using namespace corvane;
+
 namespace {
 
 std::string Digits(const uint8_t (&bytes)[16]) {

@@ -1,13 +1,14 @@
 // The command line: help of every node, the dispatcher, the getters.
-#include "shell/command_tree.h"
-
 #include <argtable3.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 
+#include "line/node.h"
 #include "support/simulation.h"
+
+using namespace corvane;
 
 namespace {
 
@@ -70,19 +71,18 @@ TEST(Dispatcher, ALeafWithoutParametersIgnoresFurtherWords) {
 
 int Parse(const CommandNode& leaf, std::vector<const char*> words) {
   words.insert(words.begin(), "leaf");
-  return arg_parse(static_cast<int>(words.size()), const_cast<char**>(words.data()), leaf.argtable);
+  return arg_parse(static_cast<int>(words.size()), const_cast<char**>(words.data()),
+                   leaf.argtable.get());
 }
 
 TEST(Getters, ReadTheFirstValueOrFallBack) {
   // Nodes and what they hold are never freed.
-  static const NamedArg* const params[] = {
-      MakeNamedArg("flag", arg_lit0(nullptr, "flag", "")),
-      MakeNamedArg("number", arg_int0(nullptr, "number", "<n>", "")),
-      MakeNamedArg("real", arg_dbl0(nullptr, "real", "<x>", "")),
-      MakeNamedArg("key", arg_file0("o", "option", "<file>", "")),
-      MakeNamedArg("switch", OptionalSwitch(nullptr, "switch", "")),
-      nullptr};
-  static const CommandNode* const node = MakeNode("leaf", nullptr, nullptr, params, nullptr);
+  const NamedArgs params = {MakeNamedArg("flag", arg_lit0(nullptr, "flag", "")),
+                            MakeNamedArg("number", arg_int0(nullptr, "number", "<n>", "")),
+                            MakeNamedArg("real", arg_dbl0(nullptr, "real", "<x>", "")),
+                            MakeNamedArg("key", arg_file0("o", "option", "<file>", "")),
+                            MakeNamedArg("switch", OptionalSwitch(nullptr, "switch", ""))};
+  static const CommandNode* const node = MakeNode("leaf", nullptr, {}, params, nullptr);
   const CommandNode& leaf = *node;
   EXPECT_EQ(Parse(leaf, {}), 0);
   for (const char* key : {"number", "option", ""}) {
@@ -99,7 +99,7 @@ TEST(Getters, ReadTheFirstValueOrFallBack) {
   EXPECT_EQ(Real(leaf, "real", 0.0), -50.29);
   EXPECT_EQ(Text(leaf, "key", nullptr), "a.b");
   EXPECT_EQ(OnOff(leaf, "switch"), 0);
-  EXPECT_EQ(MakeNode(nullptr, "text", nullptr, nullptr, nullptr), nullptr);
+  EXPECT_EQ(MakeNode(nullptr, "text", {}, {}, nullptr), nullptr);
   EXPECT_EQ(MakeNamedArg("key", nullptr), nullptr);
 }
 

@@ -13,6 +13,8 @@
 #include "support/time_server.h"
 #include "support/unread.h"
 
+using namespace corvane;
+
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -74,8 +76,8 @@ void ExpectEveryLeaf(const CommandNode& node, const std::string& path,
                      const std::vector<Command>& commands) {
   const auto begins = [&](const Command& command) { return command.Begins(path); };
   EXPECT_TRUE(node.handler == nullptr || std::ranges::any_of(commands, begins)) << path;
-  for (auto child = node.children; child != nullptr && *child != nullptr; ++child) {
-    ExpectEveryLeaf(**child, path + (*child)->name + " ", commands);
+  for (const CommandNode* child : node.children) {
+    ExpectEveryLeaf(*child, path + child->name + " ", commands);
   }
 }
 

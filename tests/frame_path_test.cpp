@@ -53,7 +53,8 @@ constexpr struct {
 class FramePathTest : public testing::Test {
  protected:
   FramePathTest() {
-    settings_.capabilities = kFilter | kPacketTypeFilter | kVlanFilter;
+    settings_.capabilities =
+        CORVANE_CAP_FILTER | CORVANE_CAP_PACKET_TYPE_FILTER | CORVANE_CAP_VLAN_FILTER;
     memset(&settings_.types, 1, sizeof settings_.types);
     std::iota(content_.begin(), content_.end(), 0);
   }
@@ -126,7 +127,7 @@ TEST(DpiFilterTest, FindsAPatternAtEveryPlace) {
   for (uint8_t i = 0; i < 16; ++i) record.data[i] = i % 5 == 0 ? 0 : static_cast<uint8_t>(65 + i);
   for (const uint32_t mask : {0xFFFFU, 0x0001U, 0x8000U, 0x0FF0U, 0xA005U}) {
     record.mask = mask;
-    const DpiFilter filter(record, kFilter);
+    const DpiFilter filter(record, CORVANE_CAP_FILTER);
     for (size_t length = 16; length < 56; ++length) {
       for (size_t at = 0; at + 16 <= length; ++at) {
         Bytes bytes(length, 0xEE);

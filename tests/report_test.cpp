@@ -2,6 +2,8 @@
 #include "support/golden.h"
 #include "support/unread.h"
 
+using namespace report;
+
 namespace {
 
 // Puts the text through corvane-report, and on to another program if need be.

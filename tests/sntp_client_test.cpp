@@ -33,6 +33,8 @@ int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo** found) {
 }
 void freeaddrinfo(addrinfo*) noexcept {}
 
+using namespace corvane;
+
 namespace {
 
 TEST(SntpClient, ReadsTheTransmitTimestamp) {

@@ -10,7 +10,7 @@
 namespace {
 
 TEST(Stream, NmeaRunsUntilTheInterrupt) {
-  const Simulation simulation(OneDevice(kGps));
+  const Simulation simulation(OneDevice(CORVANE_CAP_GPS));
   const Result result = simulation.Run("nmea", 2500);
   EXPECT_EQ(result.status, 128 + SIGINT);
   EXPECT_TRUE(result.out.starts_with("Corvane detected\n$GPRMC,")) << result.out;
@@ -107,7 +107,7 @@ TEST(Stream, LostOutputIsToldAndEndsWhatIsEndless) {
       {"nmea >/dev/full", 1, "No space left on device"},
       {"statistics --continuous --delay 1 >/dev/full", 1, "No space left on device"},
   };
-  const Simulation simulation(OneDevice(kGps | kStatisticsV2));
+  const Simulation simulation(OneDevice(CORVANE_CAP_GPS | CORVANE_CAP_STATISTICS_V2));
   for (const auto& [words, status, reason] : cases) {
     const Result result = RunByShell(simulation, words);
     EXPECT_EQ(result.status, status) << words;

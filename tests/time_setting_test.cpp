@@ -6,7 +6,7 @@
 namespace {
 
 TEST(TimeSetting, SetsTheSystemsTime) {
-  const Simulation simulation(OneDevice(kGps));
+  const Simulation simulation(OneDevice(CORVANE_CAP_GPS));
   EXPECT_EQ(simulation.Run("timing setsystem").out, "Time updated\n");
   const auto sent = simulation.Sent<TimingTimeRecord>("CorvaneAPISetTimingTime");
   EXPECT_EQ(sent.time_source, 0U);
@@ -27,7 +27,7 @@ void ExpectTimes(const Simulation& simulation, const std::string& more, const st
   if (!(server).bound) GTEST_SKIP() << "UDP port 123 of the loopback is not to be had"
 
 TEST(TimeFromNetwork, AsksForTheMiddleOfASecond) {
-  const Simulation simulation(OneDevice(kGps) + DeviceToml(11, "00:00:00:00:00:01", 0));
+  const Simulation simulation(OneDevice(CORVANE_CAP_GPS) + DeviceToml(11, "00:00:00:00:00:01", 0));
   const TimeServer server([](int socket, const sockaddr_in& to, int request) {
     if (request == 1) usleep(60'000);
     // 199999988 ns and 700000047 ns are not in the middle, 200000002 ns are.
@@ -46,7 +46,7 @@ TEST(TimeFromNetwork, AsksForTheMiddleOfASecond) {
 }
 
 TEST(TimeFromNetwork, GivesUpAfterTenAttempts) {
-  const Simulation simulation(OneDevice(kGps));
+  const Simulation simulation(OneDevice(CORVANE_CAP_GPS));
   const TimeServer server([](int, const sockaddr_in&, int) {});
   NEEDS_PORT(server);
   std::string expected;
@@ -59,7 +59,7 @@ TEST(TimeFromNetwork, GivesUpAfterTenAttempts) {
 // Nothing in an answer is checked: what did not come reads as 0, which is no middle of a second. A
 // flood is as good as its first datagram.
 TEST(TimeFromNetwork, TakesABrokenServerAsItIs) {
-  const Simulation simulation(OneDevice(kGps));
+  const Simulation simulation(OneDevice(CORVANE_CAP_GPS));
   const TimeServer server([](int socket, const sockaddr_in& to, int request) {
     if (request <= 3) SendTime(socket, to, kMiddle, request == 3 ? 44 : request == 2 ? 7 : 0);
     for (int i = 0; request == 4 && i < 2000; ++i) SendTime(socket, to, kMiddle);

@@ -34,7 +34,7 @@ static int PrintLongTags(FILE* fp, const char* tags) {
 }
 
 /* Prints for example "-d, --device=<n>", or "    --loop" so that long options stand in one column.
- * Written straight to the file: no syntax is too long for a buffer. */
+ * Written straight to the file, so that no syntax is too long for a buffer. */
 static int PrintSyntax(FILE* fp, const struct arg_hdr* hdr) {
   int width = PrintShortTags(fp, hdr->shortopts);
   if (hdr->longopts) width += fprintf(fp, "%s", hdr->shortopts ? ", " : "    ");
@@ -51,7 +51,8 @@ static bool IsSpace(char c) {
   return isspace((unsigned char)c);
 }
 
-/* Length of the first line of `text`, which begins with no blank; a newline may cut it short. */
+/* Length of the first line of `text`, which does not begin with a blank. The caller ends the line
+ * at a newline, if that comes earlier. */
 static size_t LineLength(const char* text) {
   const size_t remaining = strlen(text);
   if (remaining <= kTextWidth) return remaining;
@@ -108,8 +109,8 @@ static bool IsListOfWords(const char* pattern) {
   return strpbrk(pattern, ".[](){}*+?\\") == NULL;
 }
 
-/* Most patterns are words, as in "^on|off$": compiling one costs more than all else that a run
- * does. With the whole value to match, the anchors at either end of a word say nothing new. */
+/* Most patterns are words, as in "^on|off$", and compiling one costs more than the rest of a run.
+ * As the whole value must match, the anchors at the ends of a word change nothing. */
 static bool MatchesWord(const char* words, bool ignore_case, const char* value) {
   const size_t value_length = strlen(value);
   for (const char* word = words;; ++word) {
@@ -125,8 +126,8 @@ static bool MatchesWord(const char* words, bool ignore_case, const char* value) 
   }
 }
 
-/* POSIX takes the leftmost match and of these the longest: if any match spans the whole value, it
- * is the one reported. */
+/* POSIX reports the longest of the leftmost matches: if a match spans the whole value, it is that
+ * one. */
 static bool MatchesWhole(const struct PatternArg* arg, const char* value) {
   const bool ignore_case = (arg->flags & ARG_REX_ICASE) != 0;
   if (IsListOfWords(arg->pattern)) return MatchesWord(arg->pattern, ignore_case, value);
@@ -139,7 +140,7 @@ static bool MatchesWhole(const struct PatternArg* arg, const char* value) {
   return matched && match.rm_so == 0 && value[match.rm_eo] == '\0';
 }
 
-/* `value` is null for an option whose value is optional and was left out. */
+/* `value` is null when an optional value was left out. */
 static int Scan(void* parent, const char* value) {
   struct PatternArg* arg = parent;
   if (arg->rex.count == arg->rex.hdr.maxcount) return kTooMany;

@@ -1,26 +1,26 @@
 /*
  * The interface of argtable3 over argtable 2.13, for systems that package only the latter.
  *
- * Everything is argtable 2.13's own (see its documentation) but the two things named here, which
- * argtable3 does differently. Their names are redirected before the declarations are read, so this
- * header must be the only way <argtable2.h> is included.
+ * Everything is argtable 2.13's own (see its documentation) except two things that argtable3 does
+ * differently. Their names are redirected before the declarations are read, so <argtable2.h> must
+ * be included only through this header.
  *
  * 1. arg_print_glossary_gnu(fp, argtable): 2.13 wraps at 51 columns, cuts inside words and shows a
  *    newline at the end as an empty line.
  *    Writes to `fp`, for each entry with a glossary, "  %-25s " with the option syntax and then the
- *    glossary in columns 28 to 79, wrapped at white space, later lines indented by 28 blanks; last
- *    an empty line. A syntax over 25 characters stands alone on its line. Only a word over 52
+ *    glossary in columns 28 to 79, wrapped at white space, later lines indented by 28 blanks;
+ *    finally an empty line. A syntax over 25 characters has a line of its own. Only a word over 52
  *    characters is cut. A newline in a glossary ends its line; an empty glossary prints no newline.
  *    Texts may be of any length.
  *
- * 2. arg_rex0, arg_rex1, arg_rexn: 2.13 takes a match anywhere in the value for a match, and takes
- *    `flags` for those of regcomp().
+ * 2. arg_rex0, arg_rex1, arg_rexn: 2.13 accepts a match anywhere in the value, and reads `flags` as
+ *    those of regcomp().
  *    `pattern` (not null) is a POSIX extended regular expression that must match the whole value.
  *    `flags` is ARG_REX_ICASE or 0; other bits have no effect. The pattern is compiled when a value
  *    is scanned, not before; one that does not compile refuses every value. `datatype` null
  *    shows the pattern instead. All texts are referenced, not copied, and must outlive the object;
  *    after arg_parse(), `sval` points into argv. The object is one block that the caller owns
- *    (arg_freetable() or free()); null when memory is short.
+ *    (arg_freetable() or free()); null when memory runs out.
  */
 #ifndef COMPAT_ARGTABLE3_H_
 #define COMPAT_ARGTABLE3_H_

@@ -30,7 +30,7 @@ int Rarity(uint8_t byte) {
 
 DpiFilter::DpiFilter(const DpiFilterRecord& record, uint32_t capabilities) {
   const uint32_t demanded = record.mask & 0xFFFF;
-  if (record.enabled != 1 || demanded == 0 || (capabilities & kFilter) == 0) return;
+  if (record.enabled != 1 || demanded == 0 || (capabilities & CORVANE_CAP_FILTER) == 0) return;
   const auto first = static_cast<size_t>(__builtin_ctz(demanded));
   const auto last = static_cast<size_t>(31 - __builtin_clz(demanded));
   size_ = last - first + 1;

@@ -79,7 +79,7 @@ bool Matches(const AddressFilter& filter, Layer2 layer2, const uint8_t* address)
 }  // namespace
 
 PacketFilter::PacketFilter(const PacketFilterRecord& record, uint32_t capabilities)
-    : active_(record.enable == 1 && (capabilities & kFilter) != 0),
+    : active_(record.enable == 1 && (capabilities & CORVANE_CAP_FILTER) != 0),
       match_flags_(record.match_flags),
       either_flags_(record.either_flags),
       source_mac_{SlotNumber(record.src_mac, 6), SpreadMask(record.mac_masks >> 6, 6)},
@@ -91,7 +91,7 @@ PacketFilter::PacketFilter(const PacketFilterRecord& record, uint32_t capabiliti
                           (record.match_flags & CORVANE_MATCH_IPV6) != 0)),
       destination_(ReadAddress(record.dst_ip, record.dst_ip_mask,
                                (record.match_flags & CORVANE_MATCH_IPV6) != 0)) {
-  if ((capabilities & kVlanFilter) == 0) match_flags_ &= ~uint32_t{CORVANE_MATCH_VLAN};
+  if ((capabilities & CORVANE_CAP_VLAN_FILTER) == 0) match_flags_ &= ~uint32_t{CORVANE_MATCH_VLAN};
 }
 
 bool PacketFilter::Keeps(const RawFrame& frame, const FrameFacts& facts) const {

@@ -100,13 +100,13 @@ uint32_t TypesOf(const FrameFacts& facts) {
 }
 
 uint32_t DroppedTypes(const PacketTypeFilterRecord& record, uint32_t capabilities) {
-  if ((capabilities & kPacketTypeFilter) == 0) return 0;
+  if ((capabilities & CORVANE_CAP_PACKET_TYPE_FILTER) == 0) return 0;
   uint8_t switches[sizeof record];
   memcpy(switches, &record, sizeof record);
   uint32_t dropped = 0;
   for (size_t i = 0; i < sizeof record; ++i) {
     if (switches[i] == 0) dropped |= 1U << i;
   }
-  if ((capabilities & kVlanFilter) == 0) dropped &= ~TYPE_BIT(vlan);
+  if ((capabilities & CORVANE_CAP_VLAN_FILTER) == 0) dropped &= ~TYPE_BIT(vlan);
   return dropped;
 }

@@ -1,13 +1,17 @@
+#include "capture/counters_v2.h"
+
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
-#include "device/report.h"
 #include "device/session.h"
-#include "device/status.h"
 #include "filter/address_wildcard.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -15,48 +19,8 @@ constexpr int kReservedCounter = CORVANE_COUNTERS_V2 - 1;
 constexpr int kNoNumber = -1;  // of an option that was not given
 constexpr const char* kCountersUnsupported = "Your device does not support statistics V2";
 
-struct SizeMode {
-  const char* key;
-  const char* words;
-};
-
-// In the order of the codes of size_mode.
-constexpr SizeMode kSizeModes[] = {
-    {"size_gt", "Greater than"},
-    {"size_lt", "Less than"},
-    {"size_eq", "Equal to"},
-};
-
-struct Condition {
-  const char* key;
-  const char* label;
-  int32_t CounterV2Config::*field;
-};
-
-// In the order of the report. The IP versions, which come with an address, stand apart.
-constexpr Condition kConditions[] = {
-    {"bcast", "Broadcast", &CounterV2Config::bcast},
-    {"mcast", "Multicast", &CounterV2Config::mcast},
-    {"ucast", "Unicast", &CounterV2Config::ucast},
-    {"icmp", "ICMP", &CounterV2Config::icmp},
-    {"udp", "UDP", &CounterV2Config::udp},
-    {"tcp", "TCP", &CounterV2Config::tcp},
-    {"crc_ok", "CRC valid", &CounterV2Config::crc_ok},
-    {"hw_dropped", "Hardware dropped", &CounterV2Config::hw_dropped},
-};
-
-struct Family {
-  const char* key;
-  const char* address_key;
-  int32_t CounterV2Config::*condition;
-  int version;
-  const char* invalid;
-};
-
-constexpr Family kFamily4 = {"ipv4", "ipv4_addr", &CounterV2Config::ipv4, kIpv4,
-                             "ipv4_addr must be a valid IPv4 address"};
-constexpr Family kFamily6 = {"ipv6", "ipv6_addr", &CounterV2Config::ipv6, kIpv6,
-                             "ipv6_addr must be a valid IPv6 address"};
+// The report has multicast before unicast.
+constexpr const CounterSwitch* kDestinationReport[] = {&kBroadcast, &kMulticast, &kUnicast};
 
 bool Refuse(const char* message) {
   puts(message);
@@ -80,8 +44,8 @@ bool IsConfigurable(int counter) {
 }
 
 bool ApplyMode(const CommandNode& leaf, CounterV2Config& counter) {
-  const bool packets = IsGiven(leaf, "packets");
-  const bool bytes = IsGiven(leaf, "bytes");
+  const bool packets = IsGiven(leaf, kCountPackets.key);
+  const bool bytes = IsGiven(leaf, kCountBytes.key);
   if (packets && bytes) return Refuse("Select only packets mode or only bytes mode, but not both");
   if (packets) counter.mode = 0;
   if (bytes) counter.mode = 1;
@@ -92,7 +56,7 @@ bool ApplyMode(const CommandNode& leaf, CounterV2Config& counter) {
 void ApplySize(const CommandNode& leaf, CounterV2Config& counter) {
   int32_t mode = 0;
   for (const SizeMode& size_mode : kSizeModes) {
-    const int size = Integer(leaf, size_mode.key, kNoNumber);
+    const int size = Integer(leaf, size_mode.parameter.key, kNoNumber);
     if (size != kNoNumber) {
       counter.size_mode = mode;
       counter.size = size;
@@ -102,14 +66,18 @@ void ApplySize(const CommandNode& leaf, CounterV2Config& counter) {
   }
 }
 
+int OnOffOf(const CommandNode& leaf, const IpFamily& family) {
+  return OnOff(leaf, family.condition.parameter.key);
+}
+
 // A family that is named decides about the address and, unless it is named too, ends the other
 // family's condition.
-bool ApplyFamily(const CommandNode& leaf, const Family& family, const Family& other,
+bool ApplyFamily(const CommandNode& leaf, const IpFamily& family, const IpFamily& other,
                  CounterV2Config& counter) {
-  if (OnOff(leaf, family.key) == kNotGiven) return true;
-  counter.*family.condition = OnOff(leaf, family.key);
-  if (OnOff(leaf, other.key) == kNotGiven) counter.*other.condition = CORVANE_IGNORE;
-  const std::string address = TextOr(leaf, family.address_key, "");
+  if (OnOffOf(leaf, family) == kNotGiven) return true;
+  counter.*family.condition.field = OnOffOf(leaf, family);
+  if (OnOffOf(leaf, other) == kNotGiven) counter.*other.condition.field = CORVANE_IGNORE;
+  const std::string address = TextOr(leaf, family.address.key, "");
   if (!address.empty()) {
     return SetCounterIpWildcard(address, counter, family.version) || Refuse(family.invalid);
   }
@@ -119,7 +87,7 @@ bool ApplyFamily(const CommandNode& leaf, const Family& family, const Family& ot
 }
 
 bool ApplyFamilies(const CommandNode& leaf, CounterV2Config& counter) {
-  if (OnOff(leaf, "ipv4") == 1 && OnOff(leaf, "ipv6") == 1) {
+  if (OnOffOf(leaf, kFamily4) == 1 && OnOffOf(leaf, kFamily6) == 1) {
     return Refuse("Select only IPv4 or only IPv6 as enabled, but not both");
   }
   return ApplyFamily(leaf, kFamily4, kFamily6, counter) &&
@@ -128,11 +96,11 @@ bool ApplyFamilies(const CommandNode& leaf, CounterV2Config& counter) {
 
 bool Apply(const CommandNode& leaf, CounterV2Config& counter) {
   if (!ApplyMode(leaf, counter)) return false;
-  ApplySwitch(leaf, "porta", counter.porta);
-  ApplySwitch(leaf, "portb", counter.portb);
+  ApplySwitches(leaf, kCountedPorts, counter);
   ApplySize(leaf, counter);
   if (!ApplyFamilies(leaf, counter)) return false;
-  for (const Condition& c : kConditions) ApplySwitch(leaf, c.key, counter.*c.field);
+  for (const auto* row : {&kBroadcast, &kUnicast, &kMulticast}) ApplySwitch(leaf, *row, counter);
+  ApplySwitches(leaf, kProtocols, counter);
   return true;
 }
 
@@ -166,27 +134,42 @@ void AppendLine(std::string& report, const char* label, const std::string& value
   report += std::string("\t\t") + label + ": " + value + "\n";
 }
 
+void AppendCondition(std::string& report, const CounterSwitch& row,
+                     const CounterV2Config& counter) {
+  AppendLine(report, row.label, ConditionText(counter.*row.field));
+}
+
 void AppendCounter(std::string& report, int index, const CounterV2Config& counter) {
   report += "\tCounter " + std::to_string(index) + ":\n";
   AppendLine(report, "Mode", counter.mode != 0 ? "bytes" : "packets");
-  AppendLine(report, "Port A", EnabledOrDisabled(counter.porta == 1));
-  AppendLine(report, "Port B", EnabledOrDisabled(counter.portb == 1));
-  AppendLine(report, "Size mode", SizeModeText(counter));
-  AppendLine(report, "IPv4", ConditionText(counter.ipv4));
-  AppendLine(report, "IPv6", ConditionText(counter.ipv6));
-  AppendLine(report, "IP address", AddressText(counter));
-  for (const Condition& c : kConditions) {
-    AppendLine(report, c.label, ConditionText(counter.*c.field));
+  for (const CounterSwitch& row : kCountedPorts) {
+    AppendLine(report, row.label, EnabledOrDisabled(counter.*row.field == 1));
   }
+  AppendLine(report, "Size mode", SizeModeText(counter));
+  AppendCondition(report, kFamily4.condition, counter);
+  AppendCondition(report, kFamily6.condition, counter);
+  AppendLine(report, "IP address", AddressText(counter));
+  for (const CounterSwitch* row : kDestinationReport) AppendCondition(report, *row, counter);
+  for (const CounterSwitch& row : kProtocols) AppendCondition(report, row, counter);
 }
 
 }  // namespace
 
+const char* CounterIndexGlossary() {
+  static char glossary[128];
+  snprintf(glossary, sizeof glossary,
+           "Index of the counter to be configured; possible values are from 0 to %d except for %d",
+           CORVANE_COUNTERS_V2, kReservedCounter);
+  return glossary;
+}
+
 int CountersSet(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kStatisticsV2)) return Fail(kRejected, kCountersUnsupported);
-  const int index = Integer(leaf, "counter", kNoNumber);
+  if (!Supports(session.device(), CORVANE_CAP_STATISTICS_V2)) {
+    return Fail(kRejected, kCountersUnsupported);
+  }
+  const int index = Integer(leaf, kCounterIndex.key, kNoNumber);
   if (!IsConfigurable(index)) return kRejected;
 
   CounterV2Config counter = {};
@@ -203,9 +186,11 @@ int CountersSet(const CommandNode& leaf) {
 
 // Nothing of the report is printed unless all of it could be read.
 int CountersShow(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kStatisticsV2)) return Fail(kUnsupported, kCountersUnsupported);
+  if (!Supports(session.device(), CORVANE_CAP_STATISTICS_V2)) {
+    return Fail(kUnsupported, kCountersUnsupported);
+  }
   std::string report = "Statistics V2 configuration : \n";
   for (int index = 0; index < CORVANE_COUNTERS_V2; ++index) {
     CounterV2Config counter = {};
@@ -216,3 +201,5 @@ int CountersShow(const CommandNode& leaf) {
   fputs(report.c_str(), stdout);
   return kSuccess;
 }
+
+}  // namespace corvane

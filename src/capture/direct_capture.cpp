@@ -1,12 +1,16 @@
+#include "capture/direct_capture.h"
+
 #include <cinttypes>
 #include <cstdio>
 
 #include "capture/wide_string.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
-#include "device/report.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -22,25 +26,25 @@ uint64_t Bytes(int megabytes) {
 template <class Config>
 Config CommonSettings(const CommandNode& leaf) {
   Config config = {};
-  config.file_count = static_cast<uint32_t>(Integer(leaf, "count", 1));
-  config.max_file_size = Bytes(Integer(leaf, "size", 0));
-  config.loop = IsGiven(leaf, "loop") ? 1 : 0;
-  config.max_cache = Bytes(Integer(leaf, "maxcache", 100));
-  config.max_duration = static_cast<uint32_t>(Integer(leaf, "maxduration", 0));
-  config.full_frames = IsGiven(leaf, "fullframes") ? 1 : 0;
+  config.file_count = static_cast<uint32_t>(Integer(leaf, kCaptureCount.key, 1));
+  config.max_file_size = Bytes(Integer(leaf, kCaptureSize.key, 0));
+  config.loop = IsGiven(leaf, kCaptureLoop.key) ? 1 : 0;
+  config.max_cache = Bytes(Integer(leaf, kCaptureMaxCache.key, 100));
+  config.max_duration = static_cast<uint32_t>(Integer(leaf, kCaptureMaxDuration.key, 0));
+  config.full_frames = IsGiven(leaf, kCaptureFullFrames.key) ? 1 : 0;
   return config;
 }
 
 // A name wins over a folder, which then is ignored together with the pattern.
 int Configure(const CommandNode& leaf, DeviceHandle device) {
-  if (IsGiven(leaf, "name")) {
+  if (IsGiven(leaf, kCaptureName.key)) {
     auto config = CommonSettings<DiskDumpConfig>(leaf);
-    config.file_name = ToWideString(TextOr(leaf, "name", ""));
+    config.file_name = ToWideString(TextOr(leaf, kCaptureName.key, ""));
     return CorvaneAPIDiskDumpSetConfig(device, config);
   }
   auto config = CommonSettings<DiskDumpConfigEx>(leaf);
-  config.directory = ToWideString(TextOr(leaf, "dir", ""));
-  config.pattern = ToWideString(TextOr(leaf, "pattern", kDefaultPattern));
+  config.directory = ToWideString(TextOr(leaf, kCaptureDir.key, ""));
+  config.pattern = ToWideString(TextOr(leaf, kCapturePattern.key, kDefaultPattern));
   return CorvaneAPIDiskDumpSetConfigEx(device, config);
 }
 
@@ -67,7 +71,7 @@ int Start(const CommandNode& leaf, DeviceHandle device) {
 
   status = Configure(leaf, device);
   if (status != kSuccess) return Fail(status, "Failed: cannot set configuration");
-  if (Supports(device, kStatisticsV2)) {
+  if (Supports(device, CORVANE_CAP_STATISTICS_V2)) {
     status = ConfigureDropCounter(device);
     if (status != kSuccess) {
       return Fail(status, "Failed: cannot set counters config for statistics V2");
@@ -81,7 +85,7 @@ int Start(const CommandNode& leaf, DeviceHandle device) {
 }  // namespace
 
 int DirectCaptureStatus(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   DiskDumpStatus capture = {};
   const int status = CorvaneAPIDiskDumpGetStatus(session.device(), &capture);
@@ -97,9 +101,9 @@ int DirectCaptureStatus(const CommandNode& leaf) {
 }
 
 int DirectCaptureStart(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!IsGiven(leaf, "name") && !IsGiven(leaf, "dir")) {
+  if (!IsGiven(leaf, kCaptureName.key) && !IsGiven(leaf, kCaptureDir.key)) {
     return Fail(kBadValue,
                 "Failed: You must specify either a full file name using --name or an output "
                 "directory using --dir");
@@ -108,9 +112,11 @@ int DirectCaptureStart(const CommandNode& leaf) {
 }
 
 int DirectCaptureStop(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   const int status = CorvaneAPIDiskDumpStop(session.device());
   puts(status == kSuccess ? "Capture stopped" : "Failed: cannot stop capture");
   return status;
 }
+
+}  // namespace corvane

@@ -1,13 +1,17 @@
+#include "capture/firmware_update.h"
+
 #include <csignal>
 #include <cstdio>
 #include <iterator>
 
 #include "capture/wide_string.h"
-#include "device/report.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
 #include "device/wait.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -42,10 +46,10 @@ int FailUpdate(int status) {
 }  // namespace
 
 int FirmwareUpdate(const CommandNode& leaf) {
-  const auto firmware = Text(leaf, "firmware", nullptr);
+  const auto firmware = Text(leaf, kFirmwareFile.key, nullptr);
   if (!firmware) return Fail(kNoFirmwareFile, "No firmware file specified");
   const wchar_t* path = ToWideString(*firmware);
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
 
   // A reader of the progress that goes away must not end a running update.
@@ -62,3 +66,5 @@ int FirmwareUpdate(const CommandNode& leaf) {
       "Firmware update success. Please disconnect and reconnect your device");
   return kSuccess;
 }
+
+}  // namespace corvane

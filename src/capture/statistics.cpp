@@ -1,13 +1,17 @@
+#include "capture/statistics.h"
+
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 
-#include "device/output.h"
-#include "device/report.h"
+#include "console/output.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
 #include "device/wait.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -120,13 +124,15 @@ bool Report(DeviceHandle device, int& status) {
 }  // namespace
 
 int Statistics(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  const bool continuous = IsGiven(leaf, "continuous");
-  const int delay = std::max(0, Integer(leaf, "delay", kDefaultDelayMs));
+  const bool continuous = IsGiven(leaf, kContinuous.key);
+  const int delay = std::max(0, Integer(leaf, kRefreshDelay.key, kDefaultDelayMs));
   int status = kSuccess;
   while (Report(session.device(), status) && continuous && FlushOutput()) {
     Wait(static_cast<uint32_t>(delay));
   }
   return status;
 }
+
+}  // namespace corvane

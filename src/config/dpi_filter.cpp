@@ -1,3 +1,5 @@
+#include "config/dpi_filter.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -5,18 +7,20 @@
 #include <iterator>
 #include <string>
 
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
-#include "device/report.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
 // Success when there is a device that can filter.
 int CheckDevice(const Session& session) {
   if (!session.has_device()) return kNoDevice;
-  if (Supports(session.device(), kFilter)) return kSuccess;
+  if (Supports(session.device(), CORVANE_CAP_FILTER)) return kSuccess;
   return Fail(kUnsupported, "Your device does not support filtering");
 }
 
@@ -45,20 +49,20 @@ bool ScanHex(const std::string& text, DpiFilterRecord& filter) {
 }
 
 bool ApplyPattern(const CommandNode& leaf, DpiFilterRecord& filter) {
-  const std::string text = TextOr(leaf, "txtdata", "");
-  if (IsGiven(leaf, "txtdata")) {
+  const std::string text = TextOr(leaf, kDpiText.key, "");
+  if (IsGiven(leaf, kDpiText.key)) {
     memset(filter.data, 0, sizeof filter.data);
     memcpy(filter.data, text.data(), std::min(text.size(), sizeof filter.data));
     return true;
   }
   // The scan reads the text parameter, which is empty here: --dpihex is always refused, as every
   // release has done it.
-  return !IsGiven(leaf, "hexdata") || ScanHex(text, filter);
+  return !IsGiven(leaf, kDpiHex.key) || ScanHex(text, filter);
 }
 
 bool ApplyMask(const CommandNode& leaf, DpiFilterRecord& filter) {
-  if (!IsGiven(leaf, "mask")) return true;
-  const std::string text = TextOr(leaf, "mask", "");
+  if (!IsGiven(leaf, kDpiMask.key)) return true;
+  const std::string text = TextOr(leaf, kDpiMask.key, "");
   char* end = nullptr;
   const unsigned long mask = strtoul(text.c_str(), &end, 16);
   if (text.empty() || *end != '\0') return false;
@@ -69,7 +73,7 @@ bool ApplyMask(const CommandNode& leaf, DpiFilterRecord& filter) {
 }  // namespace
 
 int DpiEnable(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   DpiFilterRecord filter = {};
   const int status = GetFilter(session, filter);
   if (status != kSuccess) return status;
@@ -82,7 +86,7 @@ int DpiEnable(const CommandNode& leaf) {
 }
 
 int DpiDisable(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   DpiFilterRecord filter = {};
   const int status = GetFilter(session, filter);
   if (status != kSuccess) return status;
@@ -91,7 +95,7 @@ int DpiDisable(const CommandNode& leaf) {
 }
 
 int DpiSave(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   int status = CheckDevice(session);
   if (status != kSuccess) return status;
   status = CorvaneAPISaveDpiFilter(session.device());
@@ -100,7 +104,7 @@ int DpiSave(const CommandNode& leaf) {
 }
 
 int DpiShow(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   DpiFilterRecord filter = {};
   const int status = GetFilter(session, filter);
   if (status != kSuccess) return status;
@@ -111,3 +115,5 @@ int DpiShow(const CommandNode& leaf) {
   printf("\n\tFilter Mask : 0x%08x\n", filter.mask);
   return kSuccess;
 }
+
+}  // namespace corvane

@@ -1,39 +1,20 @@
+#include "config/features.h"
+
 #include <iterator>
 
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
-#include "device/report.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
 constexpr uint16_t kFixedSlice = 128;
 constexpr uint8_t kFirmware10G = 0;
 constexpr uint8_t kFirmware1G = 1;
-
-struct SwitchField {
-  const char* key;
-  uint32_t FeaturesRecord::*field;
-};
-
-constexpr SwitchField kSwitchesBeforeSlicing[] = {
-    {"transmitcrcerrors", &FeaturesRecord::transmitcrcerrors},
-    {"keepcrc32", &FeaturesRecord::keepcrc32},
-    {"disablea", &FeaturesRecord::disablea},
-    {"disableb", &FeaturesRecord::disableb},
-};
-
-constexpr SwitchField kSwitchesAfterLoopback[] = {
-    {"ts", &FeaturesRecord::ts},
-    {"syncts", &FeaturesRecord::syncts},
-};
-
-template <size_t kCount>
-void ApplySwitches(const CommandNode& leaf, const SwitchField (&switches)[kCount],
-                   FeaturesRecord& features) {
-  for (const SwitchField& s : switches) ApplySwitch(leaf, s.key, features.*s.field);
-}
 
 // The models whose slicer knows one length only.
 bool HasFixedSlicer(int32_t type_code) {
@@ -55,8 +36,8 @@ bool HasFixedSlicer(int32_t type_code) {
 
 // False when the device's type, which decides about the length, cannot be read.
 bool ApplySlicing(const CommandNode& leaf, DeviceHandle device, FeaturesRecord& features) {
-  if (!IsGiven(leaf, "slicing")) return true;
-  features.slicing_size = static_cast<uint16_t>(Integer(leaf, "slicing", 0));
+  if (!IsGiven(leaf, kSlicingLength.key)) return true;
+  features.slicing_size = static_cast<uint16_t>(Integer(leaf, kSlicingLength.key, 0));
   features.slicing = features.slicing_size != 0 ? 1 : 0;
   if (features.slicing_size == 0 || features.slicing_size == kFixedSlice) return true;
 
@@ -72,30 +53,34 @@ bool ApplySlicing(const CommandNode& leaf, DeviceHandle device, FeaturesRecord& 
 }
 
 void ApplyLoopback(const CommandNode& leaf, uint32_t capabilities, FeaturesRecord& features) {
-  ApplySwitch(leaf, "loopback", features.loopback);
-  if (OnOff(leaf, "loopback") == 1 && (capabilities & kLoopback) == 0) {
+  ApplySwitch(leaf, kLoopbackMode, features);
+  if (OnOff(leaf, kLoopbackMode.parameter.key) == 1 && !Offers(capabilities, kLoopbackMode)) {
     puts("Warning : Your device does not support loopback mode.");
     features.loopback = 0;
   }
 }
 
-void ApplyAutoneg(const CommandNode& leaf, const char* key, uint32_t capabilities,
-                  const char* warning, uint32_t& field) {
-  if ((capabilities & kAutonegotiation) != 0) {
-    ApplySwitch(leaf, key, field);
-  } else if (OnOff(leaf, key) != kNotGiven) {
-    puts(warning);
+void ApplyAutonegotiation(const CommandNode& leaf, uint32_t capabilities,
+                          FeaturesRecord& features) {
+  char port = 'A';
+  for (const FeatureSwitch& row : kAutonegotiationSwitches) {
+    if (Offers(capabilities, row)) {
+      ApplySwitch(leaf, row, features);
+    } else if (OnOff(leaf, row.parameter.key) != kNotGiven) {
+      printf("Warning : Your device does not support SFP port %c autoneg.\n", port);
+    }
+    ++port;
   }
 }
 
 // True when another firmware was chosen, which the device loads only when it restarts.
 bool ApplyFirmwareMode(const CommandNode& leaf, uint32_t capabilities, FeaturesRecord& features) {
-  const std::string mode = TextOr(leaf, "firmware_mode", "");
+  const std::string mode = TextOr(leaf, kFirmwareMode.key, "");
   uint8_t index = features.firmware_index;
   if (mode == "1G") index = kFirmware1G;
   if (mode == "10G") index = kFirmware10G;
   if (index == features.firmware_index) return false;
-  if ((capabilities & kMultipleHw) == 0) {
+  if ((capabilities & CORVANE_CAP_MULTIPLE_HW) == 0) {
     puts("Warning : Your device does not support multiple HW firmware.");
     return false;
   }
@@ -117,8 +102,18 @@ int SaveAndRestart(DeviceHandle device) {
   return restarted;
 }
 
-void PrintSwitch(const char* label, uint32_t field) {
-  printf("\t%s : %s\n", label, EnabledOrDisabled(field == 1));
+void PrintSwitch(const FeatureSwitch& row, const FeaturesRecord& features) {
+  printf("\t%s : %s\n", row.label, EnabledOrDisabled(features.*row.field == 1));
+}
+
+// A device without the capability does as it must, whatever the record holds.
+void PrintSwitchOr(const char* forced, const FeatureSwitch& row, uint32_t capabilities,
+                   const FeaturesRecord& features) {
+  if (Offers(capabilities, row)) {
+    PrintSwitch(row, features);
+  } else {
+    printf("\t%s : %s (forced)\n", row.label, forced);
+  }
 }
 
 void PrintFirmware(const FeaturesRecord& features, const HwFirmwaresDesc& firmwares) {
@@ -134,34 +129,21 @@ void PrintFirmware(const FeaturesRecord& features, const HwFirmwaresDesc& firmwa
 
 void PrintFeatures(const FeaturesRecord& features, uint32_t capabilities) {
   puts("Features Configuration : ");
-  PrintSwitch("Transmit CRC errors", features.transmitcrcerrors);
-  PrintSwitch("Keep CRC32 field", features.keepcrc32);
-  PrintSwitch("Disable port A", features.disablea);
-  PrintSwitch("Disable port B", features.disableb);
+  for (const FeatureSwitch& row : kFrameSwitches) PrintSwitch(row, features);
   printf("\tPacket slicing : %s %u bytes\n", EnabledOrDisabled(features.slicing == 1),
          features.slicing_size);
-  if ((capabilities & kSpanMode) != 0) {
-    PrintSwitch("Inline mode", features.inline_);
-  } else {
-    puts("\tInline mode : Enabled (forced)");
-  }
-  if ((capabilities & kLoopback) != 0) {
-    PrintSwitch("Loopback", features.loopback);
-  } else {
-    puts("\tLoopback : Disabled (forced)");
-  }
-  PrintSwitch("Timestamps in packets", features.ts);
-  PrintSwitch("Synchronized timestamps", features.syncts);
-  if ((capabilities & kAutonegotiation) != 0) {
-    PrintSwitch("Port A autonegotiation", features.autonega);
-    PrintSwitch("Port B autonegotiation", features.autonegb);
+  PrintSwitchOr("Enabled", kInline, capabilities, features);
+  PrintSwitchOr("Disabled", kLoopbackMode, capabilities, features);
+  for (const FeatureSwitch& row : kTimestampSwitches) PrintSwitch(row, features);
+  for (const FeatureSwitch& row : kAutonegotiationSwitches) {
+    if (Offers(capabilities, row)) PrintSwitch(row, features);
   }
 }
 
 }  // namespace
 
 int FeaturesSet(const CommandNode& leaf) {
-  Session session(leaf);
+  Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   const DeviceHandle device = session.device();
   const uint32_t capabilities = CorvaneAPIGetDeviceCapabilitiesEx(device);
@@ -169,20 +151,17 @@ int FeaturesSet(const CommandNode& leaf) {
   int status = CorvaneAPIGetDeviceFeatures(device, &features);
   if (status != kSuccess) return Fail(status, "Failed to get Corvane Features configuration");
 
-  ApplySwitches(leaf, kSwitchesBeforeSlicing, features);
+  ApplySwitches(leaf, kFrameSwitches, features);
   if (!ApplySlicing(leaf, device, features)) {
     // Kept for the scripts that rely on it: success, and the library stays open.
     session.LeaveOpen();
     puts("Error");
     return kSuccess;
   }
-  ApplySwitch(leaf, "inline", features.inline_);
+  ApplySwitch(leaf, kInline, features);
   ApplyLoopback(leaf, capabilities, features);
-  ApplySwitches(leaf, kSwitchesAfterLoopback, features);
-  ApplyAutoneg(leaf, "autonega", capabilities,
-               "Warning : Your device does not support SFP port A autoneg.", features.autonega);
-  ApplyAutoneg(leaf, "autonegb", capabilities,
-               "Warning : Your device does not support SFP port B autoneg.", features.autonegb);
+  ApplySwitches(leaf, kTimestampSwitches, features);
+  ApplyAutonegotiation(leaf, capabilities, features);
   const bool restart = ApplyFirmwareMode(leaf, capabilities, features);
 
   status = CorvaneAPISetDeviceFeatures(device, features);
@@ -191,19 +170,19 @@ int FeaturesSet(const CommandNode& leaf) {
 }
 
 int FeaturesSave(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   return session.has_device() ? Save(session.device()) : kNoDevice;
 }
 
 int FeaturesShow(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   const uint32_t capabilities = CorvaneAPIGetDeviceCapabilitiesEx(session.device());
   FeaturesRecord features = {};
   int status = CorvaneAPIGetDeviceFeatures(session.device(), &features);
   if (status != kSuccess) return Fail(status, "Failed to get Corvane Features configuration");
 
-  const bool multiple_firmwares = (capabilities & kMultipleHw) != 0;
+  const bool multiple_firmwares = (capabilities & CORVANE_CAP_MULTIPLE_HW) != 0;
   HwFirmwaresDesc firmwares = {};
   if (multiple_firmwares) {
     status = CorvaneAPIGetHwFirmwaresDesc(session.device(), &firmwares);
@@ -213,3 +192,5 @@ int FeaturesShow(const CommandNode& leaf) {
   if (multiple_firmwares) PrintFirmware(features, firmwares);
   return kSuccess;
 }
+
+}  // namespace corvane

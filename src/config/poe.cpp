@@ -1,10 +1,14 @@
+#include "config/poe.h"
+
 #include <cstdio>
 
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
-#include "device/report.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -22,9 +26,9 @@ void PrintReturnPath(const PoePair& pair) {
 }  // namespace
 
 int PoeShow(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kPoe)) {
+  if (!Supports(session.device(), CORVANE_CAP_POE)) {
     return Fail(kUnsupported, "Your device does not support PoE information and calibration");
   }
   PoeMeasures measures = {};
@@ -42,3 +46,5 @@ int PoeShow(const CommandNode& leaf) {
   }
   return kSuccess;
 }
+
+}  // namespace corvane

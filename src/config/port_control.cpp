@@ -1,33 +1,17 @@
+#include "config/port_control.h"
+
 #include <cstdio>
 #include <string>
 
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
-#include "device/report.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
-
-struct PortSwitch {
-  const char* key;
-  const char* label;
-  uint32_t PortControl::*field;
-};
-
-// In the order of the report.
-constexpr PortSwitch kSwitches[] = {
-    {"1000txfd", "Gigabit ethernet", &PortControl::_1000txfd},
-    {"100txfd", "Fast ethernet full duplex", &PortControl::_100txfd},
-    {"100txhd", "Fast ethernet half duplex", &PortControl::_100txhd},
-    {"10txfd", "Ethernet full duplex", &PortControl::_10txfd},
-    {"10txhd", "Ethernet half duplex", &PortControl::_10txhd},
-    {"autoneg", "Autonegotiation", &PortControl::autoneg},
-    {"sympause", "Symmetric pause", &PortControl::sympause},
-    {"asympause", "Asymmetric pause", &PortControl::asympause},
-    {"prefmaster", "Prefer master", &PortControl::prefmaster},
-    {"forcerole", "Force preferred role", &PortControl::forcerole},
-};
 
 // All failures of portcontrol set begin alike.
 int FailSet(int status, const char* reason) {
@@ -38,7 +22,7 @@ int FailSet(int status, const char* reason) {
 // Changes one port as the switches say. In inline mode both ports form one link: port A's settings
 // are port B's, whatever it had.
 int Apply(const CommandNode& leaf, bool inline_mode, PortsSpeedRecord& speeds) {
-  const std::string port = TextOr(leaf, "port", "");
+  const std::string port = TextOr(leaf, kPortSelection.key, "");
   if (port == "b" && inline_mode) {
     return FailSet(kRejected, ": cannot configure port B when inline mode is on");
   }
@@ -46,7 +30,7 @@ int Apply(const CommandNode& leaf, bool inline_mode, PortsSpeedRecord& speeds) {
     return FailSet(kRejected, ": port must be selected to apply control configuration to");
   }
   PortControl& block = speeds.ports[port == "a" ? 0 : 1];
-  for (const PortSwitch& s : kSwitches) ApplySwitch(leaf, s.key, block.*s.field);
+  ApplySwitches(leaf, kPortSwitches, block);
   if (block.autoneg == 0) {
     if (block._1000txfd == 1) {
       return FailSet(kRejected, ": 1000TXFD speed is not supported if autonegotiation is disabled");
@@ -64,9 +48,9 @@ int Apply(const CommandNode& leaf, bool inline_mode, PortsSpeedRecord& speeds) {
 
 int PortControlSet(const CommandNode& leaf) {
   PortsSpeedRecord speeds = {};
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kSpeedControl)) {
+  if (!Supports(session.device(), CORVANE_CAP_SPEED_CONTROL)) {
     return FailSet(kUnsupported, ": this device does not support port control");
   }
   int status = CorvaneAPIGetDevicePortsSpeed(session.device(), &speeds);
@@ -83,9 +67,9 @@ int PortControlSet(const CommandNode& leaf) {
 
 int PortControlShow(const CommandNode& leaf) {
   PortsSpeedRecord speeds = {};
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kSpeedControl)) {
+  if (!Supports(session.device(), CORVANE_CAP_SPEED_CONTROL)) {
     return Fail(kUnsupported, "This device does not support port control");
   }
   const int status = CorvaneAPIGetDevicePortsSpeed(session.device(), &speeds);
@@ -94,9 +78,11 @@ int PortControlShow(const CommandNode& leaf) {
   puts("Port Control configuration : ");
   for (int port = 0; port < CORVANE_PORTS; ++port) {
     printf("\tPort %c :\n", 'A' + port);
-    for (const PortSwitch& s : kSwitches) {
-      printf("\t\t%s : %s\n", s.label, EnabledOrDisabled(speeds.ports[port].*s.field == 1));
+    for (const PortSwitch& row : kPortSwitches) {
+      printf("\t\t%s : %s\n", row.label, EnabledOrDisabled(speeds.ports[port].*row.field == 1));
     }
   }
   return kSuccess;
 }
+
+}  // namespace corvane

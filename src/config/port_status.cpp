@@ -1,10 +1,14 @@
+#include "config/port_status.h"
+
 #include <algorithm>
 #include <cstdio>
 
-#include "device/report.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -81,7 +85,7 @@ void PrintPort(int port, const LinkEntry& link, const PhyStatus& phy) {
 }  // namespace
 
 int PortStatus(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   FeaturesRecord features = {};
   int status = CorvaneAPIGetDeviceFeatures(session.device(), &features);
@@ -103,3 +107,5 @@ int PortStatus(const CommandNode& leaf) {
   }
   return kSuccess;
 }
+
+}  // namespace corvane

@@ -1,11 +1,15 @@
+#include "config/sfp_status.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
 
-#include "device/report.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -196,7 +200,7 @@ void PrintModule(const SfpInfo& sfp) {
 }  // namespace
 
 int SfpStatus(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   LinkStatusRecord ports = {};
   const int status = CorvaneAPIGetLinkStatus(session.device(), &ports);
@@ -216,3 +220,5 @@ int SfpStatus(const CommandNode& leaf) {
   }
   return kSuccess;
 }
+
+}  // namespace corvane

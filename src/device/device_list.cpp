@@ -1,19 +1,15 @@
 #include "device/device_list.h"
 
-#include <cstdio>
-
-#include "device/identity.h"
-#include "device/session.h"
-#include "device/status.h"
 #include "device/wait.h"
-#include "shell/handlers.h"
+
+namespace corvane {
 
 namespace {
 
 constexpr int kWaitAttempts = 50;
 constexpr uint32_t kWaitMs = 100;
 
-// Asks with a list of its own, which no handle is taken from.
+// Gives its list back, as no handle was taken from it.
 bool AnyDeviceAttached() {
   DeviceList* const devices = CorvaneAPIGetDevicesList();
   if (devices == nullptr) return false;
@@ -36,14 +32,4 @@ const DeviceList* AttachedDevices() {
   return CorvaneAPIGetDevicesList();
 }
 
-int ListDevices(const CommandNode&) {
-  const Session session;
-  const DeviceList* devices = AttachedDevices();
-  printf("Found %d corvanes\n", devices == nullptr ? 0 : devices->count);
-  const DeviceNode* node = devices == nullptr ? nullptr : devices->first;
-  for (int position = 0; node != nullptr; node = node->next, ++position) {
-    printf("%d : ", position);
-    PrintModelAndMac(node->handle);
-  }
-  return kSuccess;
-}
+}  // namespace corvane

@@ -6,8 +6,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "console/status.h"
 #include "device/device_list.h"
-#include "device/status.h"
+
+namespace corvane {
 
 namespace {
 
@@ -71,10 +73,8 @@ int FailSelection() {
   return kNoDevice;
 }
 
-DeviceHandle SelectDevice(const CommandNode& leaf) {
-  const bool given = Count(leaf, "device") > 0;
-  const DeviceHandle device =
-      given ? ResolveDevice(TextOr(leaf, "device", "").c_str()) : DefaultDevice();
+DeviceHandle SelectDevice(const std::optional<std::string>& text) {
+  const DeviceHandle device = text ? ResolveDevice(text->c_str()) : DefaultDevice();
   if (device == CORVANE_NO_DEVICE) {
     FailSelection();
   } else {
@@ -82,3 +82,5 @@ DeviceHandle SelectDevice(const CommandNode& leaf) {
   }
   return device;
 }
+
+}  // namespace corvane

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "device/corvane_api.h"
-#include "shell/command_tree.h"
+
+namespace corvane {
 
 // Reads six hexadecimal bytes separated by colons into mac (CORVANE_MAC_SIZE bytes, first byte of
 // the text first) and returns 0; text after the sixth is ignored. Else zeroes mac and returns -1.
@@ -17,9 +20,11 @@ DeviceHandle ResolveDevice(const char* text);
 // The first device.
 DeviceHandle DefaultDevice();
 
-// Prints the line that every command without a device ends with; returns kNoDevice.
+// The device that the text names, without one the first; prints one line either way.
+// CORVANE_NO_DEVICE when there is none.
+DeviceHandle SelectDevice(const std::optional<std::string>& text);
+
+// Prints the line of a selection that found no device; returns kNoDevice.
 int FailSelection();
 
-// The device of the leaf's --device, by default the first; prints one line either way.
-// CORVANE_NO_DEVICE when there is none.
-DeviceHandle SelectDevice(const CommandNode& leaf);
+}  // namespace corvane

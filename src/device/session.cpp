@@ -3,9 +3,12 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "device/output.h"
+#include "console/output.h"
+#include "console/status.h"
+#include "device/corvane_api_layout.h"
 #include "device/selection.h"
-#include "device/status.h"
+
+namespace corvane {
 
 Session::Session() {
   if (CorvaneAPIInitialize() == kSuccess) return;
@@ -13,10 +16,12 @@ Session::Session() {
   exit(FinishOutput(kRejected));
 }
 
-Session::Session(const CommandNode& leaf) : Session() {
-  device_ = SelectDevice(leaf);
+Session::Session(const std::optional<std::string>& device_text) : Session() {
+  device_ = SelectDevice(device_text);
 }
 
 Session::~Session() {
   if (close_) CorvaneAPIUninitialize();
 }
+
+}  // namespace corvane

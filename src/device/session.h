@@ -1,8 +1,12 @@
 // The device library opened for one command.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "device/corvane_api.h"
-#include "shell/command_tree.h"
+
+namespace corvane {
 
 // Opens the library when made and closes it when it goes out of scope. When the library cannot be
 // opened it says so and ends the process with status -1: no handler works without it.
@@ -10,8 +14,9 @@ class Session {
  public:
   // Opens the library and selects no device.
   Session();
-  // Opens the library and selects the leaf's device, which prints one line either way.
-  explicit Session(const CommandNode& leaf);
+  // Opens the library and selects the device that the text names, without one the first; prints one
+  // line either way.
+  explicit Session(const std::optional<std::string>& device_text);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -27,3 +32,5 @@ class Session {
   DeviceHandle device_ = CORVANE_NO_DEVICE;
   bool close_ = true;
 };
+
+}  // namespace corvane

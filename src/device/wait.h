@@ -3,6 +3,10 @@
 
 #include <cstdint>
 
-// Flushes standard output, then sleeps through the device library: whoever watches a terminal, a
-// pipe or a log sees what was printed before the wait when it happened.
+namespace corvane {
+
+// Flushes standard output, then sleeps through the device library: on a terminal, in a pipe or in a
+// log everything shows when it happens.
 void Wait(uint32_t milliseconds);
+
+}  // namespace corvane

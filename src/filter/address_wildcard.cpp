@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+namespace corvane {
+
 namespace {
 
 constexpr int kIpv6TextLength = 39;
@@ -272,3 +274,5 @@ std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool is_sou
 std::string FormatCounterIpWildcard(const CounterV2Config& record, int version) {
   return FormatIpWildcard(record.address, record.mask, version);
 }
+
+}  // namespace corvane

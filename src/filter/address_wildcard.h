@@ -15,6 +15,8 @@
 
 #include "device/corvane_api.h"
 
+namespace corvane {
+
 // An IP version of 4 selects the 4-byte arrangement of an address; any other, 0 included, the
 // 16-byte one.
 inline constexpr int kIpv4 = 4;
@@ -31,10 +33,10 @@ std::string FormatMacWildcard(const PacketFilterRecord& record, bool is_source);
 bool ParseIpv4Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
 // 16 value and 16 mask bytes. False when the text is no IPv6 wildcard; both may then be written.
-// Lenient on purpose: only the character of a group that is read first (the last one behind a "::")
-// must be a digit or a wildcard, another that is neither counts as 0; what stands between a first
-// and a last "::" is not read. Devices expect a group of fewer than four characters behind a "::"
-// in the high nibbles.
+// Lenient on purpose: of a group only the character that is read first (behind a "::" its last one)
+// must be a digit or a wildcard; any other that is neither counts as 0. What stands between the
+// first and the last "::" is not read. Behind a "::" a group of fewer than four characters fills
+// the high nibbles, as devices expect it.
 bool ParseIpv6Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
 // 16 value and 16 mask bytes, of which an IPv4 text (any with a ".") writes only the first four.
@@ -55,3 +57,5 @@ bool SetCounterIpWildcard(const std::string& text, CounterV2Config& record, int 
 std::string FormatIpWildcard(const uint8_t* value, const uint8_t* mask, int version);
 std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool is_source, int version);
 std::string FormatCounterIpWildcard(const CounterV2Config& record, int version);
+
+}  // namespace corvane

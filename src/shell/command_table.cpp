@@ -1,52 +1,60 @@
 #include "shell/command_table.h"
 
-#include <argtable3.h>
+#include "capture/counters_v2.h"
+#include "capture/direct_capture.h"
+#include "capture/firmware_update.h"
+#include "capture/statistics.h"
+#include "config/dpi_filter.h"
+#include "config/features.h"
+#include "config/poe.h"
+#include "config/port_control.h"
+#include "config/port_status.h"
+#include "config/reset.h"
+#include "config/sfp_status.h"
+#include "filter/packet_filter.h"
+#include "filter/packet_type_filter.h"
+#include "inventory/inventory.h"
+#include "line/device_option.h"
+#include "timing/nmea.h"
+#include "timing/time_setting.h"
+#include "timing/timing_config.h"
 
-#include <cstdio>
-#include <cstring>
-#include <iterator>
-
-#include "device/corvane_api.h"
-#include "shell/handlers.h"
-#include "shell/parameter_table.h"
+namespace corvane {
 
 namespace {
 
-enum class DeviceChoice : uint8_t { kNone, kOne, kOneOrAll };
-
 // One node of the tree as data. A branch has children, a leaf a handler; a leaf without a device
-// choice has no parameters at all.
+// option has no parameters at all.
 struct NodeSpec {
-  TableText<20> name;
-  TableText<52> description;
-  const NodeSpec* children;
-  size_t child_count;
-  DeviceChoice device;
-  const ParameterSpec* parameters;
-  size_t parameter_count;
-  Handler handler;
+  const char* name;
+  const char* description;
+  std::span<const NodeSpec> children = {};
+  const ParameterSpec* device = nullptr;
+  ParameterList parameters = {};  // behind the device
+  Handler handler = nullptr;
 };
 
-template <size_t kCount>
+constexpr const ParameterSpec* kOne = &kOneDevice;
+constexpr const ParameterSpec* kAll = &kOneDeviceOrAll;
+
 constexpr NodeSpec Branch(const char* name, const char* description,
-                          const NodeSpec (&children)[kCount]) {
-  return {name, description, children, kCount, DeviceChoice::kNone, nullptr, 0, nullptr};
+                          std::span<const NodeSpec> children) {
+  return {.name = name, .description = description, .children = children};
 }
 
-constexpr NodeSpec Leaf(const char* name, const char* description, DeviceChoice device,
+constexpr NodeSpec Leaf(const char* name, const char* description, const ParameterSpec* device,
                         Handler handler) {
-  return {name, description, nullptr, 0, device, nullptr, 0, handler};
+  return {.name = name, .description = description, .device = device, .handler = handler};
 }
 
-template <size_t kCount>
-constexpr NodeSpec Leaf(const char* name, const char* description, DeviceChoice device,
-                        const ParameterSpec (&parameters)[kCount], Handler handler) {
-  return {name, description, nullptr, 0, device, parameters, kCount, handler};
+constexpr NodeSpec Leaf(const char* name, const char* description, const ParameterSpec* device,
+                        ParameterList parameters, Handler handler) {
+  return {.name = name,
+          .description = description,
+          .device = device,
+          .parameters = parameters,
+          .handler = handler};
 }
-
-constexpr DeviceChoice kNone = DeviceChoice::kNone;
-constexpr DeviceChoice kOne = DeviceChoice::kOne;
-constexpr DeviceChoice kAll = DeviceChoice::kOneOrAll;
 
 constexpr NodeSpec kDirectCaptureCommands[] = {
     Leaf("status", "Display direct capture status", kOne, DirectCaptureStatus),
@@ -110,7 +118,7 @@ constexpr NodeSpec kPacketTypeFilterCommands[] = {
 };
 
 constexpr NodeSpec kCommands[] = {
-    Leaf("list", "List available devices", kNone, ListDevices),
+    Leaf("list", "List available devices", nullptr, ListDevices),
     Branch("directcapture", "Configure direct capture", kDirectCaptureCommands),
     Branch("dpi", "Configure deep packet inspection", kDpiCommands),
     Branch("features", "Configure features", kFeaturesCommands),
@@ -132,94 +140,26 @@ constexpr NodeSpec kCommands[] = {
 
 constexpr NodeSpec kRoot = Branch("", "Corvane command-line tool", kCommands);
 
-const char* CounterGlossary() {
-  static char glossary[128];
-  snprintf(glossary, sizeof glossary,
-           "Index of the counter to be configured; possible values are from 0 to %d except for %d",
-           CORVANE_COUNTERS_V2, CORVANE_COUNTERS_V2 - 1);
-  return glossary;
-}
-
-void* MakeArgument(const ParameterSpec& row) {
-  const char* s = row.short_option.OrNull();
-  const char* l = row.long_option.OrNull();
-  const char* datatype = row.datatype.OrNull();
-  const char* glossary = row.glossary.text;
-  switch (row.kind) {
-    case ParameterKind::kFlag:
-      return arg_lit0(s, l, glossary);
-    case ParameterKind::kInteger:
-      return arg_int0(s, l, datatype, glossary);
-    case ParameterKind::kCounterIndex:
-      return arg_int0(s, l, datatype, CounterGlossary());
-    case ParameterKind::kReal:
-      return arg_dbl0(s, l, datatype, glossary);
-    case ParameterKind::kText:
-      return arg_str0(s, l, datatype, glossary);
-    case ParameterKind::kFile:
-      return arg_file0(s, l, datatype, glossary);
-    case ParameterKind::kRequiredFile:
-      return arg_file1(s, l, datatype, glossary);
-    case ParameterKind::kPattern:
-      return arg_rex0(s, l, row.pattern.text, datatype, row.flags, glossary);
-    case ParameterKind::kSwitch:
-      return OptionalSwitch(s, l, glossary);
-  }
-  return nullptr;
-}
-
-const NamedArg* MakeParameter(const ParameterSpec& row) {
-  return MakeNamedArg(row.key.text, MakeArgument(row));
-}
-
 // The two device parameters, each made once and shared by all leaves that take it.
-const NamedArg* DeviceParameter(DeviceChoice choice) {
-  static const NamedArg* one = nullptr;
-  static const NamedArg* one_or_all = nullptr;
-  const bool is_one = choice == DeviceChoice::kOne;
-  const NamedArg*& made = is_one ? one : one_or_all;
-  if (made == nullptr) made = MakeParameter(is_one ? kOneDevice : kOneDeviceOrAll);
-  return made;
-}
+struct DeviceParameters {
+  const NamedArg* one = MakeParameter(kOneDevice);
+  const NamedArg* one_or_all = MakeParameter(kOneDeviceOrAll);
+};
 
-const CommandNode* MakeLeaf(const NodeSpec& row) {
-  if (row.device == DeviceChoice::kNone) {
-    return MakeNode(row.name.text, row.description.text, nullptr, nullptr, row.handler);
-  }
-  auto* params = KeptPointers<const NamedArg*>(row.parameter_count + 1);
-  params[0] = DeviceParameter(row.device);
-  for (size_t i = 0; i < row.parameter_count; ++i) {
-    params[i + 1] = MakeParameter(row.parameters[i]);
-  }
-  return MakeNode(row.name.text, row.description.text, nullptr, params, row.handler);
-}
-
-// The first words that lead from the node down; null for a node to be made with all below it.
-using Words = const char* const*;
-
-const CommandNode* MakeTree(const NodeSpec& row, Words words);
-
-// A child that the words do not lead to is there for its parent's help only.
-const CommandNode* MakeChild(const NodeSpec& row, Words words) {
-  if (words == nullptr) return MakeTree(row, nullptr);
-  if (*words != nullptr && strcmp(*words, row.name.text) == 0) return MakeTree(row, words + 1);
-  return MakeNode(row.name.text, row.description.text, nullptr, nullptr, nullptr);
-}
-
-const CommandNode* MakeTree(const NodeSpec& row, Words words) {
-  if (row.children == nullptr) return MakeLeaf(row);
-  auto* children = KeptPointers<const CommandNode*>(row.child_count);
-  for (size_t i = 0; i < row.child_count; ++i) children[i] = MakeChild(row.children[i], words);
-  return MakeNode(row.name.text, row.description.text, children, nullptr, nullptr);
+const CommandNode* MakeTree(const NodeSpec& row, const DeviceParameters& device) {
+  Children children;
+  for (const NodeSpec& child : row.children) children.push_back(MakeTree(child, device));
+  NamedArgs params;
+  if (row.device != nullptr) params.push_back(row.device == kOne ? device.one : device.one_or_all);
+  for (const ParameterSpec* parameter : row.parameters) params.push_back(MakeParameter(*parameter));
+  return MakeNode(row.name, row.description, std::move(children), std::move(params), row.handler);
 }
 
 }  // namespace
 
-const CommandNode& BuildCommandTree(const char* const* words) {
-  return *MakeTree(kRoot, words);
-}
-
 const CommandNode& BuildCommandTree() {
-  static const CommandNode& root = BuildCommandTree(nullptr);
+  static const CommandNode& root = *MakeTree(kRoot, {});
   return root;
 }
+
+}  // namespace corvane

@@ -1,17 +1,20 @@
+#include "shell/dispatcher.h"
+
 #include <argtable3.h>
 
 #include <cstdio>
 #include <cstring>
 
-#include "device/status.h"
-#include "shell/command_tree.h"
+#include "console/status.h"
+
+namespace corvane {
 
 namespace {
 
 void PrintChildNames(const CommandNode& branch) {
   const char* separator = " <";
-  for (const CommandNode* const* child = branch.children; *child != nullptr; ++child) {
-    printf("%s%s", separator, (*child)->name);
+  for (const CommandNode* child : branch.children) {
+    printf("%s%s", separator, child->name.c_str());
     separator = "|";
   }
   printf(">\n\n");
@@ -19,14 +22,14 @@ void PrintChildNames(const CommandNode& branch) {
 
 void PrintChildren(const CommandNode& branch) {
   puts("Available commands :");
-  for (const CommandNode* const* child = branch.children; *child != nullptr; ++child) {
-    printf("  %-20s\t%s\n", (*child)->name, (*child)->description);
+  for (const CommandNode* child : branch.children) {
+    printf("  %-20s\t%s\n", child->name.c_str(), child->description.c_str());
   }
 }
 
 const CommandNode* FindChild(const CommandNode& branch, const char* word) {
-  for (const CommandNode* const* child = branch.children; *child != nullptr; ++child) {
-    if (strcmp((*child)->name, word) == 0) return *child;
+  for (const CommandNode* child : branch.children) {
+    if (child->name == word) return child;
   }
   return nullptr;
 }
@@ -42,7 +45,8 @@ int DispatchBranch(const CommandNode& branch, int argc, char** argv, const std::
 }
 
 int RunLeaf(const CommandNode& leaf, int argc, char** argv, const std::string& path) {
-  if (leaf.params != nullptr && arg_parse(argc, argv, leaf.argtable) > 0) return Refuse(leaf, path);
+  if (!leaf.params.empty() && arg_parse(argc, argv, leaf.argtable.get()) > 0)
+    return Refuse(leaf, path);
   return leaf.handler == nullptr ? kRejected : leaf.handler(leaf);
 }
 
@@ -51,20 +55,22 @@ int RunLeaf(const CommandNode& leaf, int argc, char** argv, const std::string& p
 // A leaf without parameters gets no line end after its path: scripts know its help as it is.
 int PrintUsage(const CommandNode& node, const std::string& path) {
   printf("Usage :\n  %s", path.c_str());
-  if (node.children != nullptr) PrintChildNames(node);
-  if (node.params != nullptr) arg_print_syntaxv(stdout, node.argtable, "\n\n");
-  printf("Description :\n  %s\n\n", node.description);
-  if (node.children != nullptr) PrintChildren(node);
-  if (node.params != nullptr) {
+  if (!node.children.empty()) PrintChildNames(node);
+  if (!node.params.empty()) arg_print_syntaxv(stdout, node.argtable.get(), "\n\n");
+  printf("Description :\n  %s\n\n", node.description.c_str());
+  if (!node.children.empty()) PrintChildren(node);
+  if (!node.params.empty()) {
     puts("Available parameters :");
-    arg_print_glossary_gnu(stdout, node.argtable);
+    arg_print_glossary_gnu(stdout, node.argtable.get());
   }
   return kSuccess;
 }
 
 int Dispatch(const CommandNode& node, int argc, char** argv, const std::string& prefix) {
-  const std::string path = *node.name == '\0' ? prefix : prefix + " " + node.name;
+  const std::string path = node.name.empty() ? prefix : prefix + " " + node.name;
   if (argc > 1 && strcmp(argv[1], "help") == 0) return PrintUsage(node, path);
-  return node.children != nullptr ? DispatchBranch(node, argc, argv, path)
-                                  : RunLeaf(node, argc, argv, path);
+  return !node.children.empty() ? DispatchBranch(node, argc, argv, path)
+                                : RunLeaf(node, argc, argv, path);
 }
+
+}  // namespace corvane

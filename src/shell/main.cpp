@@ -1,9 +1,9 @@
-#include "device/output.h"
+#include "console/output.h"
 #include "shell/command_table.h"
+#include "shell/dispatcher.h"
 
 int main(int argc, char** argv) {
-  PrepareOutput();
-  const bool named = argc > 0;
-  const CommandNode& root = BuildCommandTree(named ? argv + 1 : argv);
-  return FinishOutput(Dispatch(root, argc, argv, named ? argv[0] : ""));
+  corvane::PrepareOutput();
+  const char* prefix = argc > 0 ? argv[0] : "";
+  return corvane::FinishOutput(corvane::Dispatch(corvane::BuildCommandTree(), argc, argv, prefix));
 }

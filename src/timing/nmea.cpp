@@ -1,13 +1,17 @@
+#include "timing/nmea.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 
-#include "device/output.h"
-#include "device/report.h"
+#include "console/output.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
 #include "device/wait.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -15,8 +19,8 @@ constexpr int32_t kCapacity = 128;
 constexpr uint32_t kIdleMs = 1;
 
 // Copies the receiver's output until the library reports an error, and returns the result for it,
-// or until nobody takes it any more. Every chunk is flushed: who reads a pipe gets a sentence when
-// the receiver sends it.
+// or until the output cannot be written. Every chunk is flushed, so that the reader of a pipe gets
+// a sentence when the receiver sends it.
 int Stream(DeviceHandle device) {
   int32_t count = 0;
   char buffer[kCapacity + 1];
@@ -41,6 +45,8 @@ int Stream(DeviceHandle device) {
 }  // namespace
 
 int Nmea(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   return session.has_device() ? Stream(session.device()) : kNoDevice;
 }
+
+}  // namespace corvane

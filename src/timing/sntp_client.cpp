@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "device/report.h"
+#include "console/report.h"
+
+namespace corvane {
 
 namespace {
 
@@ -79,3 +81,5 @@ int QuerySntp(const char* server, uint32_t& seconds, uint32_t& nanoseconds) {
   ReadSntpTime(answer, seconds, nanoseconds);
   return 0;
 }
+
+}  // namespace corvane

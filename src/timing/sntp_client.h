@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace corvane {
+
 inline constexpr int kSntpPacketSize = 48;  // octets of an NTP packet without authentication
 
 inline constexpr int kSntpTimeout = -1;  // no answer within 0.2 s
@@ -23,3 +25,5 @@ void MakeSntpRequest(uint8_t (&packet)[kSntpPacketSize]);
 // era does, and nanoseconds. The fraction goes through single precision: about 60 ns resolution.
 void ReadSntpTime(const uint8_t (&packet)[kSntpPacketSize], uint32_t& seconds,
                   uint32_t& nanoseconds);
+
+}  // namespace corvane

@@ -1,19 +1,23 @@
+#include "timing/time_setting.h"
+
 #include <strings.h>
 #include <sys/time.h>
 
 #include <cstdio>
 #include <vector>
 
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
 #include "device/device_list.h"
-#include "device/report.h"
 #include "device/selection.h"
 #include "device/session.h"
-#include "device/status.h"
 #include "device/wait.h"
-#include "shell/handlers.h"
+#include "line/device_option.h"
 #include "timing/sntp_client.h"
-#include "timing/timing.h"
+#include "timing/timing_config.h"
+
+namespace corvane {
 
 namespace {
 
@@ -37,10 +41,9 @@ struct Messages {
   const char* failed;
 };
 
-// The devices of --device, one or all of them; unlike other commands without a line when there are
-// any.
+// The devices of --device, one or all. Unlike other commands this prints nothing when it finds one.
 int SelectTargets(const CommandNode& leaf, Targets& targets) {
-  const std::string text = TextOr(leaf, "device", "0");
+  const std::string text = DeviceText(leaf).value_or("0");
   targets.all = strcasecmp(text.c_str(), "all") == 0;
   if (!targets.all) {
     const DeviceHandle device = ResolveDevice(text.c_str());
@@ -65,7 +68,7 @@ int SetTimes(const Targets& targets, const Messages& messages, WithoutTiming wit
   int position = 0;
   for (const DeviceHandle device : targets.devices) {
     if (targets.all) printf("Corvane %d: ", position++);
-    if (!Supports(device, kGps)) {
+    if (!Supports(device, CORVANE_CAP_GPS)) {
       puts(kTimingUnsupported);
       if (without_timing == WithoutTiming::kFails) result = kUnsupported;
       continue;
@@ -104,7 +107,7 @@ int TimingSetSntp(const CommandNode& leaf) {
   const int status = SelectTargets(leaf, targets);
   if (status != kSuccess) return status;
   TimingTimeRecord time = {CORVANE_TIME_SNTP, 0, 0};
-  if (!ObtainTime(TextOr(leaf, "sntpserver", kDefaultServer), time)) {
+  if (!ObtainTime(TextOr(leaf, kSntpServer.key, kDefaultServer), time)) {
     return Fail(kRejected, "SNTP : Failed to get time from server");
   }
   puts("SNTP : time obtained from server");
@@ -129,8 +132,8 @@ int TimingSetManual(const CommandNode& leaf) {
   const int status = SelectTargets(leaf, targets);
   if (status != kSuccess) return status;
   const TimingTimeRecord time = {CORVANE_TIME_MANUAL,
-                                 static_cast<uint32_t>(Integer(leaf, "timestamp", 0)),
-                                 static_cast<uint32_t>(Integer(leaf, "timestamp_ns", 0))};
+                                 static_cast<uint32_t>(Integer(leaf, kTimestamp.key, 0)),
+                                 static_cast<uint32_t>(Integer(leaf, kTimestampNs.key, 0))};
   return SetTimes(targets, {"Time updated", "Failed to set manual timestamp"},
                   WithoutTiming::kIsPassedOver, [&time] { return time; });
 }
@@ -143,3 +146,5 @@ int TimingSetSystem(const CommandNode& leaf) {
   return SetTimes(targets, {"Time updated", "Failed to set system timestamp"},
                   WithoutTiming::kIsPassedOver, SystemTime);
 }
+
+}  // namespace corvane

@@ -1,77 +1,59 @@
-#include <strings.h>
+#include "timing/timing_config.h"
 
 #include <cstdio>
 #include <iterator>
 
+#include "console/report.h"
+#include "console/status.h"
 #include "device/capabilities.h"
-#include "device/report.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
-#include "timing/timing.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
 constexpr double kNsPerStep = 0.23283064365386963;  // 10^9 / 2^32: what ppscomp counts
 constexpr int kMostSteps = 215;
 
-// A word of the command line, the code that the record holds for it and the word of the report.
-struct Choice {
-  const char* word;
-  uint32_t code;
-};
-
-constexpr Choice kSources[] = {{"system", CORVANE_TIME_SYSTEM},
-                               {"rtc", CORVANE_TIME_RTC},
-                               {"gps", CORVANE_TIME_GPS},
-                               {"none", CORVANE_TIME_NONE}};
-constexpr Choice kPlaces[] = {{"capture", 0}, {"ingress", 1}, {"egress", 2}};
-
-constexpr const char* kInitializations[] = {"Initialize from system time", "Initialize from RTC",
-                                            "Initialize from GPS", "Do not initialize",
-                                            "Initialize manually"};
-constexpr const char* kPlaceNames[] = {"Capture", "Ingress", "Egress"};
 constexpr const char* kTimestampSources[] = {"System clock",     "RTC", "GPS", "Not initialized",
                                              "Manual timestamp", "SNTP"};
-
-// A word that is no choice leaves the field alone.
-template <size_t kCount>
-void ApplyChoice(const CommandNode& leaf, const char* key, const Choice (&choices)[kCount],
-                 uint32_t& field) {
-  const std::string word = TextOr(leaf, key, "");
-  for (const Choice& choice : choices) {
-    if (strcasecmp(word.c_str(), choice.word) == 0) field = choice.code;
-  }
-}
 
 // The compensation in steps, truncated toward zero; false when a given one is out of range. Without
 // one the field becomes 0: unlike the other timing fields it is not preserved.
 bool ApplyCompensation(const CommandNode& leaf, FeaturesRecord& features) {
-  const double steps = -(Real(leaf, "ppscomp", 0.0) / kNsPerStep);
+  const double steps = -(Real(leaf, kPpsCompensation.key, 0.0) / kNsPerStep);
   const bool in_range = steps > -1.0 && steps < kMostSteps + 1.0;  // false for a NaN
   if (!in_range) return false;
   features.ppscomp = static_cast<uint16_t>(static_cast<int>(steps));
   return true;
 }
 
-template <size_t kCount>
-const char* NameOf(const char* const (&names)[kCount], uint32_t code) {
-  return code < kCount ? names[code] : "Unknown";
+const char* SourceName(uint32_t code) {
+  return code < std::size(kTimestampSources) ? kTimestampSources[code] : "Unknown";
 }
 
 void PrintFlag(const char* label, uint32_t field, const char* yes, const char* no) {
   printf("\t%s : %s\n", label, field == 1 ? yes : no);
 }
 
+const char* ChoiceName(const TimingChoice& row, const FeaturesRecord& features) {
+  return NameOf(row.choices, features.*row.field);
+}
+
 void PrintConfiguration(const FeaturesRecord& features) {
   puts("Timing configuration :");
-  printf("\tTimestamp initialization : %s\n", NameOf(kInitializations, features.tssource));
-  PrintFlag("Wait for sync", features.waitforsync, "on", "off");
-  PrintFlag("Force PPS generation", features.forcepps, "on", "off");
-  PrintFlag("PPS port output", features.ppsoutput, "on", "off");
+  printf("\t%s : %s\n", kTimestampInitialization.label,
+         ChoiceName(kTimestampInitialization, features));
+  for (const auto& row : kTimingSwitches) PrintFlag(row.label, features.*row.field, "on", "off");
   printf("\tPPS compensation : %.02f ns\n", features.ppscomp * -kNsPerStep);
-  printf("\tTimestamp on : Port A : %s   Port B : %s\n", NameOf(kPlaceNames, features.portAts),
-         NameOf(kPlaceNames, features.portBts));
+  printf("\tTimestamp on");
+  const char* separator = " : ";
+  for (const TimingChoice& row : kTimestampPlace) {
+    printf("%s%s : %s", separator, row.label, ChoiceName(row, features));
+    separator = "   ";
+  }
+  putchar('\n');
 }
 
 const char* GpsModuleWord(uint32_t gps_module) {
@@ -90,7 +72,7 @@ void PrintStatus(const TimingStatusRecord& timing) {
   printf("\tGPS fix : %s\n", GpsFixWord(timing.gps_fix));
   PrintFlag("GPS PPS", timing.gps_pps, "detected", "not detected");
   PrintFlag("External PPS", timing.external_pps, "detected", "not detected");
-  printf("\tTimestamp source : %s\n", NameOf(kTimestampSources, timing.timestamp_source));
+  printf("\tTimestamp source : %s\n", SourceName(timing.timestamp_source));
   PrintFlag("Timestamp synchronized", timing.synchronized, "yes", "no");
   printf("\tSatellites : GPS : %d GLONASS : %d Used : %d\n",
          static_cast<int>(timing.satellites_gps), static_cast<int>(timing.satellites_glonass),
@@ -103,41 +85,38 @@ void PrintStatus(const TimingStatusRecord& timing) {
 }  // namespace
 
 int TimingConfig(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kGps)) return Fail(kUnsupported, kTimingUnsupported);
+  if (!Supports(session.device(), CORVANE_CAP_GPS)) return Fail(kUnsupported, kTimingUnsupported);
   FeaturesRecord features = {};
   int status = CorvaneAPIGetDeviceFeatures(session.device(), &features);
   if (status != kSuccess) return Fail(status, "Failed to get Corvane Features configuration");
 
-  ApplyChoice(leaf, "tssource", kSources, features.tssource);
-  ApplySwitch(leaf, "waitforsync", features.waitforsync);
-  ApplySwitch(leaf, "forcepps", features.forcepps);
-  ApplySwitch(leaf, "ppsoutput", features.ppsoutput);
+  ApplyChoice(leaf, kTimestampInitialization, features);
+  ApplySwitches(leaf, kTimingSwitches, features);
   if (!ApplyCompensation(leaf, features)) {
     return Fail(kBadValue,
                 "Invalid PPS compensation delay specified. The delay must be in [-50.6;0] ns.");
   }
-  ApplyChoice(leaf, "portAts", kPlaces, features.portAts);
-  ApplyChoice(leaf, "portBts", kPlaces, features.portBts);
+  for (const TimingChoice& row : kTimestampPlace) ApplyChoice(leaf, row, features);
   status = CorvaneAPISetDeviceFeatures(session.device(), features);
   if (status != kSuccess) puts("Failed to set Corvane Features configuration");
   return status;
 }
 
 int TimingSave(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kGps)) return Fail(kUnsupported, kTimingUnsupported);
+  if (!Supports(session.device(), CORVANE_CAP_GPS)) return Fail(kUnsupported, kTimingUnsupported);
   const int status = CorvaneAPISaveDeviceFeatures(session.device());
   if (status != kSuccess) puts("Failed to save Corvane timing configuration");
   return status;
 }
 
 int TimingStatus(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
-  if (!Supports(session.device(), kGps)) return Fail(kUnsupported, kTimingUnsupported);
+  if (!Supports(session.device(), CORVANE_CAP_GPS)) return Fail(kUnsupported, kTimingUnsupported);
   FeaturesRecord features = {};
   int status = CorvaneAPIGetDeviceFeatures(session.device(), &features);
   if (status != kSuccess) return Fail(status, "Failed to get Corvane timing configuration");
@@ -148,3 +127,5 @@ int TimingStatus(const CommandNode& leaf) {
   PrintStatus(timing);
   return kSuccess;
 }
+
+}  // namespace corvane

@@ -14,6 +14,7 @@
 // The lines that cannot be read; sentences of nmea are no report. Whatever the text is, its reports
 // come out as JSON.
 inline std::vector<std::string> Unread(std::string_view text) {
+  using namespace report;
   std::vector<std::string> unread;
   Metrics metrics({});
   ReportParser parser([&metrics](const Json& json) {

@@ -4,9 +4,11 @@
 
 #include "value.h"
 
+namespace report {
+
 namespace {
 
-// The value in quotes, which want a backslash before three characters and take all others.
+// The value in quotes: three characters get a backslash, all others stand as they are.
 std::string Quote(std::string_view value) {
   const std::string valid = ValidText(value);
   std::string quoted = "\"";
@@ -58,3 +60,5 @@ std::string ToText(const Labels& labels) {
   }
   return text.empty() ? text : text + "}";
 }
+
+}  // namespace report

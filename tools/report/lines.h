@@ -1,11 +1,13 @@
-// The lines that are no plain "label : value", as data. A pattern is tried on the line without its
+// The lines that are not plain "label : value", as data. A pattern is tried on the line without its
 // tabs; the names of its placeholders are keys, or paths of keys and positions (see pattern.h).
 #pragma once
 
 #include <string_view>
 
+namespace report {
+
 enum class LineKind {
-  kValues,   // sets its values in the object at hand
+  kValues,   // sets its values in the current object
   kReport,   // the same, and begins a new report
   kElement,  // appends an object with its values to the array
   kHeading,  // the same, and the deeper lines that follow belong to that object
@@ -44,7 +46,7 @@ inline constexpr SpecialLine kSpecialLines[] = {
      "{#satellites/used}"},
 };
 
-// Labels with texts of the device, which stay as they are whatever they look like.
+// Labels whose values are texts of the device: never read as numbers or switches.
 inline constexpr std::string_view kTextLabels[] = {
     "{*label} version", "Loaded firmware", "Filter Data", "Filter Mask", "Vendor name", "Model",
     "Revision",         "Date code",       "Serial No",
@@ -53,11 +55,11 @@ inline constexpr std::string_view kTextLabels[] = {
 inline constexpr std::string_view kListLabels[] = {"Alarms", "Warnings", "Status bits",
                                                    "Return path"};
 
-// Labels with several words for "yes": the word stays, and a boolean goes with it.
+// Labels with several words for "yes": the word stays, and a boolean is added.
 struct StateLabel {
   std::string_view label;
   std::string_view key;  // of the boolean
-  std::string_view off;  // the word for "no"; none at all (N/A) is "no" as well
+  std::string_view off;  // the word for "no"; N/A is "no" as well
 };
 
 inline constexpr StateLabel kStateLabels[] = {
@@ -66,16 +68,16 @@ inline constexpr StateLabel kStateLabels[] = {
     {"GPS fix", "gps_has_fix", "no"},
 };
 
-// A label whose unit stands in it in another way than the others have it: "(unit)" at the end.
+// The one label whose unit is not in brackets at the end, and how it would look.
 inline constexpr std::string_view kUnitInWords = "Wave length nm";
 inline constexpr std::string_view kUnitInBrackets = "Wave length (nm)";
 
-// With these the report of a command that goes on for ever is complete.
+// A command that reports for ever ends each report with one of these.
 inline constexpr std::string_view kLastLines[] = {"Direct capture : STOPPED",
                                                   "Files Written : {#n}"};
 
-// What a line of its own says, and the members that it goes to: of a report, a list; of a device
-// in a report of several, a text.
+// What a message says, and the member that takes it: a list in a report, a text in a device of a
+// report on several.
 enum class MessageKind { kNotice, kUnsupported, kFailure };
 
 struct MessageKeys {
@@ -133,3 +135,5 @@ inline constexpr MessageLine kMessageLines[] = {
     {"Firmware file is not valid {*}", MessageKind::kFailure},
     {"Corvane device not found", MessageKind::kFailure},
 };
+
+}  // namespace report

@@ -11,6 +11,8 @@
 #include "output.h"
 #include "parser.h"
 
+using namespace report;
+
 namespace {
 
 constexpr int kUnreadable = 1;
@@ -22,14 +24,14 @@ constexpr size_t kLongestQuote = 60;
 constexpr const char* kUsage =
     "Usage: corvane ... | corvane-report [--json | --lines | --prometheus] [--label NAME=VALUE]\n"
     "Reads reports of corvane on standard input.\n"
-    "  --json              JSON, an object for each report (default)\n"
-    "  --lines             an object without inner ones on a line for each report, with the time\n"
+    "  --json              JSON, one object for each report (default)\n"
+    "  --lines             a line for each report: one flat object, with the time\n"
     "  --prometheus        Prometheus text format, at the end of the input\n"
     "  --label NAME=VALUE  a label for every metric; may be repeated with other names\n"
     "  --version           the version\n"
     "  --help              this text\n"
-    "Exit status: 0 all was read; 1 a line could not be read, standard error names it;\n"
-    "2 wrong command line; 3 all was read, and a report says that something failed.\n";
+    "Exit status: 0 everything was read; 1 a line could not be read, standard error names it;\n"
+    "2 wrong command line; 3 everything was read, and a report says that something failed.\n";
 
 enum class Task { kJson, kLines, kPrometheus, kLabel, kVersion, kHelp };
 
@@ -48,7 +50,7 @@ struct Options {
   Labels labels;
 };
 
-// False, having said why, when it cannot be added.
+// When it cannot be added, says why and returns false.
 bool AddLabel(const std::string& text, Labels& labels) {
   const size_t equals = text.find('=');
   const std::string name = text.substr(0, equals);
@@ -63,7 +65,7 @@ bool AddLabel(const std::string& text, Labels& labels) {
   return false;
 }
 
-// False, having said why, for a wrong command line.
+// When the command line is wrong, says why and returns false.
 bool ReadOptions(int argc, char** argv, Options& options) {
   for (int word; (word = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
     if (word == '?') return false;
@@ -77,8 +79,8 @@ bool ReadOptions(int argc, char** argv, Options& options) {
   return false;
 }
 
-// Reads a line without its end; of a longer one than may be only the beginning, and too_long is
-// set. False at the end of the input.
+// Reads a line without its end. Of a line that is too long it keeps the beginning and sets
+// too_long. False at the end of the input.
 bool ReadInputLine(std::string& line, bool& too_long) {
   line.clear();
   too_long = false;
@@ -100,7 +102,7 @@ void Complain(size_t number, const char* problem, const std::string& line) {
           line.size() > kLongestQuote ? "..." : "");
 }
 
-// Says so when it cannot be written.
+// Complains when the text cannot be written.
 void Write(const std::string& text) {
   if (ferror(stdout) != 0) return;
   fwrite(text.data(), 1, text.size(), stdout);
@@ -108,7 +110,7 @@ void Write(const std::string& text) {
   fprintf(stderr, "corvane-report: cannot write to standard output: %s\n", strerror(errno));
 }
 
-// The exit status.
+// Returns the exit status.
 int Convert(const Options& options) {
   Metrics metrics(options.labels);
   ReportParser parser([&](const Json& report) {

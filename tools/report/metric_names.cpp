@@ -5,6 +5,8 @@
 
 #include "metric_tables.h"
 
+namespace report {
+
 namespace {
 
 std::string_view LastKey(std::string_view path) {
@@ -59,3 +61,5 @@ std::string TakePort(std::string& path) {
   }
   return "";
 }
+
+}  // namespace report

@@ -1,9 +1,11 @@
-// How the members of reports are called as metrics, as data. The names are the parser's keys.
+// How the members of reports become metrics, as data. The names are the parser's keys.
 #pragma once
 
 #include <string_view>
 
-// The keys that only ever count up, until the device restarts.
+namespace report {
+
+// The keys of values that only count up until the device restarts.
 inline constexpr std::string_view kCounting[] = {
     "bytes_written",
     "between_64_and_1518_bytes",
@@ -25,8 +27,8 @@ inline constexpr std::string_view kCounting[] = {
     "written",
 };
 
-// Ends that the text format keeps for other things, or that do not say what the number is. No
-// report tells what a device counts its timestamp in.
+// Ends of names that the text format reserves, or that do not say what the number is. No report
+// gives the unit of a device's timestamp.
 struct RenamedEnd {
   std::string_view end;
   std::string_view better;
@@ -41,8 +43,8 @@ inline constexpr RenamedEnd kRenamedEnds[] = {
 // The array of the listed devices.
 inline constexpr const char* kDevices = "devices";
 
-// What says which device it is: a member of a report, or of one of its devices, becomes a label of
-// one metric.
+// The metric whose labels identify a device. Each is a member of a report, or of one of the devices
+// in it.
 inline constexpr const char* kDeviceInfo = "device_info";
 
 struct InfoLabel {
@@ -62,10 +64,10 @@ inline constexpr InfoLabel kReportedInfo[] = {
     {"/command_line_utility_version", "utility"},
 };
 
-// How many failures the reports tell.
+// The number of failures in the reports.
 inline constexpr const char* kErrors = "errors";
 
-// Instead of a text made of the path.
+// Replaces the text that is made of the path.
 struct HelpText {
   std::string_view path;
   std::string_view text;
@@ -77,3 +79,5 @@ inline constexpr HelpText kHelp[] = {
     {"found", "devices that list found"},
     {"timestamp", "the timestamp of the statistics, in units of the device"},
 };
+
+}  // namespace report

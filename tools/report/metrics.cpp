@@ -10,6 +10,8 @@
 #include "metric_names.h"
 #include "metric_tables.h"
 
+namespace report {
+
 namespace {
 
 std::string Scaled(double value, double factor) {
@@ -34,7 +36,7 @@ Labels InfoOf(const Json& object, const InfoLabel (&table)[kCount]) {
   return info;
 }
 
-// The device's number or its address, which is written in either case.
+// True for the device's number, or its address in upper or lower case.
 bool IsNamed(const Labels& device, const std::string& name) {
   return std::ranges::any_of(device, [&name](const auto& label) {
     const bool names = label.first == "device" || label.first == "mac";
@@ -42,7 +44,7 @@ bool IsNamed(const Labels& device, const std::string& name) {
   });
 }
 
-// What is said in words is no number of the device.
+// Messages are not numbers of the device.
 bool IsSaid(std::string_view key) {
   return std::ranges::any_of(kMessageKeys, [key](const auto& keys) { return key == keys.list; });
 }
@@ -90,7 +92,7 @@ void Metrics::AddValue(const std::string& path, const Labels& labels, const Json
   }
 }
 
-// The elements' first member is their label; a list counts by its items.
+// The first member of an element is its label; a list gives the number of its items.
 void Metrics::AddArray(const std::string& path, const Labels& labels, const Json& array) {
   const bool elements = !array.empty() && array[0].is_object();
   if (!elements) return AddSample(path, labels, std::to_string(array.size()));
@@ -120,7 +122,7 @@ void Metrics::AddSample(std::string path, Labels labels, const std::string& valu
   family.samples.emplace_back(labels, value);
 }
 
-// A text is no metric, but for a time.
+// Of all texts only a time is a metric.
 void Metrics::AddTime(const std::string& path, const Labels& labels, const std::string& text) {
   const std::optional<int64_t> time = UnixTime(text);
   if (time) AddSample(path, labels, std::to_string(*time), kUnixTime);
@@ -131,8 +133,8 @@ void Metrics::AddDevice(const Labels& labels, const Device& device) {
   if (!device.info.empty()) AddSample(kDeviceInfo, WithOthers(labels, device.info), "1");
 }
 
-// A label "device" says which of the listed ones the reports are of; the others are then left to
-// the reports of their own. Without it a device that is the only one can be but this one.
+// A label "device" says which of the listed devices the reports are of; the others have reports of
+// their own. Without it, the only device of a list must be that one.
 void Metrics::AddDevices() {
   const std::string* name = FindLabel(labels_, "device");
   Device own = own_;
@@ -160,3 +162,5 @@ std::string Metrics::Text() {
   }
   return text;
 }
+
+}  // namespace report

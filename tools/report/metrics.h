@@ -9,17 +9,19 @@
 #include "labels.h"
 #include "value.h"
 
-// Collects the metrics of any number of reports of a device: the text format wants those of one
-// name together.
+namespace report {
+
+// Collects the metrics of all reports of a device, because the text format wants those of one name
+// together.
 class Metrics {
  public:
-  // The labels that every metric gets, before its own.
+  // Every metric gets these labels, before its own.
   explicit Metrics(Labels labels) : labels_(std::move(labels)) {}
 
-  // Of two values for the same metric the later one counts.
+  // A later value of the same metric replaces the earlier one.
   void Add(const Json& report);
 
-  // All of them in the text format; empty when there was no report.
+  // All metrics in the text format; empty when there was no report.
   std::string Text();
 
  private:
@@ -29,7 +31,7 @@ class Metrics {
     std::vector<std::pair<Labels, std::string>> samples;  // labels, value
   };
 
-  // What the reports tell of a device itself.
+  // What the reports say about the device itself.
   struct Device {
     Labels info;
     size_t errors = 0;
@@ -50,3 +52,5 @@ class Metrics {
   Device own_;                            // the one that the reports are of
   bool empty_ = true;
 };
+
+}  // namespace report

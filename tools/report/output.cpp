@@ -2,6 +2,8 @@
 
 #include <ctime>
 
+namespace report {
+
 namespace {
 
 std::string Dump(const Json& json, int indent) {
@@ -62,3 +64,5 @@ std::string TimeStamp() {
   snprintf(stamp, sizeof stamp, "%s.%03dZ", seconds, static_cast<int>(now.tv_nsec / 1000000));
   return stamp;
 }
+
+}  // namespace report

@@ -5,13 +5,17 @@
 
 #include "value.h"
 
-// JSON over several lines. Bytes that are no UTF-8 become U+FFFD.
+namespace report {
+
+// JSON over several lines. Bytes that are not UTF-8 become U+FFFD.
 std::string ToJson(const Json& report);
 
-// One line of JSON whose members are no objects and arrays: "time" is the one given, the others'
-// keys are paths with dots, as "ports.A.total_bytes". Elements of an array go by their first
-// member, a list becomes one text.
+// One line of JSON without inner objects and arrays: "time" is the one given, all other keys are
+// paths with dots, such as "ports.A.total_bytes". The first member of an array's element is its
+// name in the path; a list becomes one text.
 std::string ToLine(const Json& report, const std::string& time);
 
-// Now in UTC as ISO 8601 with milliseconds.
+// The time now, in UTC, as ISO 8601 with milliseconds.
 std::string TimeStamp();
+
+}  // namespace report

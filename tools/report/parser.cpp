@@ -7,11 +7,13 @@
 #include "lines.h"
 #include "pattern.h"
 
+namespace report {
+
 namespace {
 
 constexpr size_t kDeepest = 3;         // no report indents more; bounds the recursion of outputs
-constexpr size_t kLongestLabel = 100;  // the longest of a report has less than half of it
-constexpr size_t kMostMembers = 1024;  // finding a member takes time in proportion
+constexpr size_t kLongestLabel = 100;  // the longest of a report has less than half as many
+constexpr size_t kMostMembers = 1024;  // because a member is searched one by one
 
 constexpr const char* kUnknown = "cannot be read";
 constexpr const char* kRepeated = "was said before";
@@ -48,7 +50,7 @@ Json ReadMember(std::string_view label, std::string_view value) {
   return {{KeyOf(label), read}};
 }
 
-// The members that the captures make.
+// The captures as members.
 Json MembersOf(const std::vector<Capture>& values) {
   Json members = Json::object();
   for (const Capture& value : values) {
@@ -57,7 +59,7 @@ Json MembersOf(const std::vector<Capture>& values) {
   return members;
 }
 
-// Null for what is no message.
+// Null for a text that is not a message.
 const MessageLine* FindMessage(std::string_view text) {
   for (const MessageLine& line : kMessageLines) {
     if (Fits(line.pattern, text)) return &line;
@@ -142,7 +144,7 @@ const char* ReportParser::ReadSpecial(const SpecialLine& line, std::vector<Captu
   return element ? ReadElement(line, values, depth) : SetMembers(depth, MembersOf(values));
 }
 
-// An element is known by its first member, which no other of the array has.
+// The first member identifies an element within its array.
 const char* ReportParser::ReadElement(const SpecialLine& line, const std::vector<Capture>& values,
                                       size_t depth) {
   const bool open = line.kind == LineKind::kOpen;
@@ -204,7 +206,7 @@ const char* ReportParser::OpenTitle(size_t depth, const std::string& key) {
   return nullptr;
 }
 
-// A member of the report itself that comes again begins the next report; a deeper one cannot.
+// When a member of the report itself comes again, the next report begins; a deeper one is an error.
 bool ReportParser::MakeRoom(size_t depth, const Path& path) {
   const bool top = path.parent_pointer().empty();
   if (top && IsMessageList(path.back())) return false;
@@ -213,9 +215,10 @@ bool ReportParser::MakeRoom(size_t depth, const Path& path) {
   return depth == 0 && top;
 }
 
-// The object that a title or heading of the depth stands in. One without indentation ends whatever
-// was open.
+// The object around a title or heading of this depth. One without indentation closes all others.
 ReportParser::Path ReportParser::Enclosing(size_t depth) {
   if (depth == 0) open_ = {Path()};
   return open_[depth];
 }
+
+}  // namespace report

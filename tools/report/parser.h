@@ -1,6 +1,6 @@
 // Reads reports of the utility line by line. One grammar serves all of them: a title ends with a
-// colon and opens an object, tabs tell what belongs to it, "label : value" sets a member; lines.h
-// lists what is written otherwise.
+// colon and opens an object, tabs show what belongs to it, "label : value" sets a member; lines.h
+// lists the exceptions.
 #pragma once
 
 #include <functional>
@@ -10,19 +10,21 @@
 
 #include "value.h"
 
+namespace report {
+
 class ReportParser {
  public:
-  // Every report is handed to done as soon as it is complete.
+  // Calls done with each report as soon as it is complete.
   explicit ReportParser(std::function<void(const Json&)> done);
 
-  // Reads one line without its line end. Returns null, or why it cannot be read; it then has
-  // changed nothing.
+  // Reads one line without its line end. Returns null, or the reason why it cannot be read; such a
+  // line changes nothing.
   const char* ReadLine(std::string_view line);
 
-  // The input has ended: hands over what has not been handed over.
+  // Call it at the end of the input: hands over the last report.
   void Finish();
 
-  // True when a report so far said that something failed.
+  // True when a report has said that something failed.
   bool failed() const { return failed_; }
 
  private:
@@ -48,3 +50,5 @@ class ReportParser {
   Path title_;                         // the last title without indentation
   bool failed_ = false;
 };
+
+}  // namespace report

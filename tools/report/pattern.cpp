@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace report {
+
 namespace {
 
 bool IsDigit(char c) {
@@ -23,7 +25,7 @@ size_t SkipBlanks(std::string_view text, size_t at) {
   return at;
 }
 
-// How far a placeholder can reach at most.
+// The most characters that a placeholder can take.
 size_t Reach(char kind, std::string_view text) {
   return kind == '*' ? text.size() : std::min(text.find(' '), text.size());
 }
@@ -34,7 +36,7 @@ bool MatchPlaceholder(std::string_view pattern, std::string_view text,
   const char kind = pattern[1];
   const std::string_view name = pattern.substr(2, end - 2);
   const std::string_view rest = pattern.substr(end + 1);
-  // With nothing behind it, the placeholder takes all or nothing: no need to search.
+  // At the end of the pattern a placeholder takes everything or nothing: no need to search.
   const size_t least = rest.empty() ? text.size() : 0;
   for (size_t length = Reach(kind, text) + 1; length-- > least;) {
     const std::string_view taken = text.substr(0, length);
@@ -68,3 +70,5 @@ bool Fits(std::string_view pattern, std::string_view text) {
   std::vector<Capture> captures;
   return MatchPattern(pattern, text, captures);
 }
+
+}  // namespace report

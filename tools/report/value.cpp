@@ -6,6 +6,8 @@
 
 #include "pattern.h"
 
+namespace report {
+
 namespace {
 
 constexpr double kKilo = 1024.0;
@@ -42,7 +44,7 @@ std::optional<Number> Parse(std::string_view text) {
   return number;
 }
 
-// Of digits, at most one sign and at most one point; null for anything else.
+// A number is digits, at most one sign and at most one point; anything else gives null.
 Json ReadNumber(std::string_view text) {
   if (IsWholeNumber(text)) {
     if (const auto number = Parse<int64_t>(text)) return *number;
@@ -67,7 +69,7 @@ Json ReadQuantity(std::string_view text) {
   return value.is_number() ? WithUnit(value, unit->name) : Json(nullptr);
 }
 
-// Null for anything but a possible time.
+// Null for a text that is not a possible time.
 Json ReadClock(std::string_view text) {
   int day, month, year, hour, minute, second;
   char closing = '\0';
@@ -159,3 +161,5 @@ Json ReadList(std::string_view text) {
   }
   return items;
 }
+
+}  // namespace report

@@ -7,40 +7,44 @@
 #include <string>
 #include <string_view>
 
+namespace report {
+
 using Json = nlohmann::ordered_json;
 
-// A unit of the reports and the base unit that metrics are kept in.
+// A unit of the reports and the base unit of its metrics.
 struct Unit {
   std::string_view name;
   std::string_view base;  // as metric names spell it
   double factor;          // from the unit to its base
 };
 
-// Null for what is no unit.
+// Null for a name that is not a unit.
 const Unit* FindUnit(std::string_view name);
 
-// With U+FFFD for the bytes that are no UTF-8.
+// The text with U+FFFD for bytes that are not UTF-8.
 std::string ValidText(std::string_view text);
 
-// Without blanks and tabs at both ends.
+// The text without blanks, tabs and carriage returns at both ends.
 std::string_view Trim(std::string_view text);
 
-// The key for a label: lower case, one underscore for whatever stands between letters and digits;
+// The key for a label: lower case, one underscore for everything between letters and digits;
 // apostrophes vanish.
 std::string KeyOf(std::string_view label);
 
 // Reads one value: a switch word is a boolean; "None" and "N/A" are null; a whole number is an
-// exact integer (text when it has more than 64 bits), one with a fraction a number; a number with a
-// unit behind it is {"value", "unit"}; the clock's "dd/mm/yyyy hh:mm:ss (UTC)" is ISO 8601; all
+// exact integer (text when it has more than 64 bits), one with a fraction a number; a number
+// followed by a unit is {"value", "unit"}; the clock's "dd/mm/yyyy hh:mm:ss (UTC)" is ISO 8601; all
 // else is text.
 Json ReadValue(std::string_view text);
 
-// The seconds since 1970 of a time as ReadValue writes it; none for any other text.
+// The seconds since 1970 of a time as ReadValue returns it; none for any other text.
 std::optional<int64_t> UnixTime(const std::string& text);
 
-// The items of a list, at commas or, where there is none, at blanks. "None" has no items.
+// The items of a list, split at commas or, if there is none, at blanks. "None" has no items.
 Json ReadList(std::string_view text);
 
-// {"value", "unit"}.
+// Makes {"value", "unit"}, and recognizes it.
 Json WithUnit(const Json& value, std::string_view unit);
 bool HasUnit(const Json& value);
+
+}  // namespace report

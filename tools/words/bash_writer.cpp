@@ -1,5 +1,7 @@
 #include "writers.h"
 
+namespace words {
+
 namespace {
 
 const char* KindOf(const Option& option) {
@@ -34,7 +36,7 @@ std::string OptionsOf(const Command& command) {
   return Join(options, " ");
 }
 
-// A short option is looked up once to get its long name.
+// Gives the long name of a short option, under which everything else is found.
 void WriteShortName(FILE* out, const std::string& path, const Option& option) {
   if (option.short_name.empty()) return;
   fprintf(out, "    '%s -%s') long='--%s' ;;\n", path.c_str(), option.short_name.c_str(),
@@ -61,3 +63,5 @@ void WriteBashValues(FILE* out, const Command& root) {
     }
   }
 }
+
+}  // namespace words

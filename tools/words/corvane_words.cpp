@@ -1,10 +1,12 @@
-// corvane_words TEMPLATE OUTPUT: copies the template; a line that is one of the marks below, and
-// nothing else, is replaced by what is written from the utility's own command tree.
+// corvane_words TEMPLATE OUTPUT: copies the template and replaces each line that consists of one of
+// the marks below with text from the utility's own command tree.
 #include <cstdio>
 #include <cstring>
 #include <memory>
 
 #include "writers.h"
+
+using namespace words;
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include "writers.h"
 
+namespace words {
+
 namespace {
 
 std::string Quote(const std::string& text) {
@@ -56,3 +58,5 @@ void WriteFishCommands(FILE* out, const Command& root) {
     for (const Option& option : command->options) WriteOption(out, path, option);
   }
 }
+
+}  // namespace words

@@ -2,12 +2,16 @@
 #include <cctype>
 #include <cstring>
 
-#include "device/status.h"
+#include "console/status.h"
 #include "writers.h"
+
+using namespace corvane;
+
+namespace words {
 
 namespace {
 
-// Literal text in running text: a hyphen at the start of a word is an option's.
+// Escapes literal text. A hyphen at the start of a word belongs to an option.
 std::string Text(const std::string& text) {
   std::string escaped;
   for (const char c : text) {
@@ -29,7 +33,7 @@ bool EndsSentence(const std::string& word, const std::string& next) {
   return word.ends_with('.') && islower(static_cast<unsigned char>(next[0])) == 0;
 }
 
-// Filled lines; each sentence begins on a line of its own, and no line begins like a request.
+// Fills lines. Each sentence begins a new line, and no line looks like a request.
 void WriteText(FILE* out, const std::string& text) {
   const std::vector<std::string> words = SplitAt(Text(text), ' ');
   size_t column = 0;
@@ -69,7 +73,7 @@ bool NamesDevice(const Option& option) {
   return option.values == Values::kDevice || option.values == Values::kDeviceOrAll;
 }
 
-// The page explains --device once, for all commands; the ones that take "all" say so.
+// The page explains --device once for all commands; those that take "all" say so.
 void WriteLeaf(FILE* out, const Command& leaf) {
   fprintf(out, ".Ss corvane %s\n", Join(leaf.path, " ").c_str());
   WriteText(out, leaf.description);
@@ -101,3 +105,5 @@ void WriteManualStatuses(FILE* out, const Command&) {
   }
   fputs(".El\n", out);
 }
+
+}  // namespace words

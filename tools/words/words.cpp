@@ -6,6 +6,10 @@
 
 #include "shell/command_table.h"
 
+using namespace corvane;
+
+namespace words {
+
 namespace {
 
 std::string OneLine(const char* text) {
@@ -27,7 +31,7 @@ std::string WithoutBrackets(const char* datatype) {
   return text;
 }
 
-// The tree keeps no kinds: what a value means shows in its datatype alone.
+// The tree does not say what kind of value an option takes; only its datatype shows it.
 Values ValuesOf(const std::string& key, const std::string& datatype) {
   if (datatype.empty()) return Values::kNone;
   if (key == "device") return datatype.ends_with("|all") ? Values::kDeviceOrAll : Values::kDevice;
@@ -52,14 +56,12 @@ Option MakeOption(const NamedArg& parameter) {
 
 Command MakeCommand(const CommandNode& node, std::vector<std::string> path) {
   Command command = {path, node.description, {}, {}};
-  for (auto child = node.children; child != nullptr && *child != nullptr; ++child) {
-    path.push_back((*child)->name);
-    command.children.push_back(MakeCommand(**child, path));
+  for (const CommandNode* child : node.children) {
+    path.push_back(child->name);
+    command.children.push_back(MakeCommand(*child, path));
     path.pop_back();
   }
-  for (auto parameter = node.params; parameter != nullptr && *parameter != nullptr; ++parameter) {
-    command.options.push_back(MakeOption(**parameter));
-  }
+  for (const NamedArg* parameter : node.params) command.options.push_back(MakeOption(*parameter));
   return command;
 }
 
@@ -110,3 +112,5 @@ std::string Escape(const std::string& text, const char* special, const char* esc
   }
   return escaped;
 }
+
+}  // namespace words

@@ -1,9 +1,11 @@
-// The command line's words as the writers of manual and completion need them: one record for each
-// command, taken from the tree that the utility itself runs on.
+// The words of the command line for the writers of manual and completion: one record for each
+// command, from the tree that the utility itself uses.
 #pragma once
 
 #include <string>
 #include <vector>
+
+namespace words {
 
 enum class Values {
   kNone,          // a flag
@@ -42,7 +44,7 @@ std::vector<const Command*> Leaves(const Command& command);
 // Every command of the tree, each before its children.
 std::vector<const Command*> AllCommands(const Command& command);
 
-// The parts of the text between separators; one when there is none.
+// The parts of the text between separators: always one more than there are separators.
 std::vector<std::string> SplitAt(const std::string& text, char separator);
 
 // The words with the separator between them.
@@ -50,3 +52,5 @@ std::string Join(const std::vector<std::string>& words, const char* separator);
 
 // The text with every occurrence of each character of `special` preceded by `escape`.
 std::string Escape(const std::string& text, const char* special, const char* escape);
+
+}  // namespace words

@@ -1,9 +1,11 @@
-// What is written from the command line's words. Each writes whole lines to `out`.
+// The texts made from the words of the command line. Each function writes whole lines to `out`.
 #pragma once
 
 #include <cstdio>
 
 #include "words.h"
+
+namespace words {
 
 // The manual page's commands with their parameters, and its table of exit statuses (mdoc).
 void WriteManualCommands(FILE* out, const Command& root);
@@ -18,3 +20,5 @@ void WriteZshFunctions(FILE* out, const Command& root);
 
 // fish's "complete" commands.
 void WriteFishCommands(FILE* out, const Command& root);
+
+}  // namespace words

@@ -1,5 +1,7 @@
 #include "writers.h"
 
+namespace words {
+
 namespace {
 
 std::string Quote(const std::string& text) {
@@ -8,7 +10,7 @@ std::string Quote(const std::string& text) {
   return quoted + "'";
 }
 
-// What follows the option's description: ":message:action".
+// The part after the option's description: ":message:action".
 std::string ActionOf(const Option& option) {
   std::string message = ":" + Escape(option.datatype, ":\\", "\\") + ":";
   switch (option.values) {
@@ -30,7 +32,7 @@ std::string ActionOf(const Option& option) {
   return "";
 }
 
-// _arguments itself leaves out an option that was given; one with two names needs to be told.
+// _arguments does not offer an option twice, but with two names it must be told that they are one.
 std::string SpecOf(const Option& option) {
   const bool valued = option.values != Values::kNone;
   const std::string text = "[" + Escape(option.help, "[]:\\", "\\") + "]" + ActionOf(option);
@@ -69,3 +71,5 @@ void WriteZshFunctions(FILE* out, const Command& root) {
     fputs("\n}\n", out);
   }
 }
+
+}  // namespace words

@@ -1,8 +1,8 @@
 # bash completion for corvane-report                        -*- shell-script -*-
 
-# The options that its help names.
+# Offers the options in its help.
 _corvane_report() {
-  # shellcheck disable=SC2034  # what _init_completion sets
+  # shellcheck disable=SC2034  # set by _init_completion
   local cur prev words cword
   _init_completion -n = || return
   [[ $prev != --label ]] || return

@@ -1,6 +1,6 @@
 # fish completion for corvane-report
 
-# The options that its help names.
+# Offers the options in its help.
 function __corvane_report_options
     set -l program (string replace -r '^~' $HOME -- (commandline -opc)[1])
     $program --help 2>/dev/null | string replace -rf '^ +(--\w+)(?: [A-Z=]+)? +' '$1\t'

@@ -1,8 +1,8 @@
 # bash completion for corvane-sim                           -*- shell-script -*-
 
-# Another command with its own completion.
+# Completes another command with that command's own completion.
 _corvane_sim() {
-  # shellcheck disable=SC2034  # what _init_completion sets, and for corvane's completion
+  # shellcheck disable=SC2034  # used by _init_completion and by corvane's completion
   local cur prev words cword corvane_sim=${1/#\~/$HOME}
   _init_completion -n =: || return
   if [[ $cword -eq 1 && $cur == -* ]]; then

@@ -1,6 +1,6 @@
 # fish completion for corvane-sim
 
-# Another command with its own completion.
+# Completes another command with that command's own completion.
 function __corvane_sim
     set -l words (commandline -opc)
     contains -- --help $words[2]; and return

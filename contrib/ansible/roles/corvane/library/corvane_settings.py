@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Brings the settings of one Corvane device to the wished ones, by way of corvane and its reports."""
+"""Sets one Corvane device as wished, by running corvane and reading its reports."""
 
 import json
 import os
@@ -11,7 +11,7 @@ module: corvane_settings
 short_description: Features, packet filter and timing of a Corvane capture device
 description:
   - Reads the device's reports through corvane-report, runs corvane only where they differ from
-    what is wished, reads them again to see that the device took it, and saves it then.
+    what is wished, reads them again to see that the device accepted it, and then saves it.
 options:
   device: {type: str, default: "0", description: Index or MAC address.}
   features: {type: dict, default: {}, description: Options of corvane features set.}
@@ -23,7 +23,7 @@ options:
   report_command: {type: str, default: corvane-report}
 """
 
-STEP_NS = 1e9 / 2**32  # what the device counts the PPS compensation in
+STEP_NS = 1e9 / 2**32  # the device's unit of the PPS compensation
 
 FEATURES = {
     "keepcrcerrors": "transmit_crc_errors",
@@ -81,12 +81,12 @@ class Device:
         return text
 
     def read(self, words, section, reading):
-        """What the reading makes of the report's section."""
+        """Returns what reading() makes of the report's section."""
         status, output, errors = self.module.run_command(
             [self.module.params["report_command"]], data=self.run(*words))
         try:
             report = json.loads(output)
-            # Devices in the list that tell too little are no matter.
+            # Other devices in the list may have failed.
             if status == 0 or section == "devices":
                 return reading(report[section])
             texts = [*report.get("errors", []), *report.get("unsupported", [])]
@@ -103,7 +103,7 @@ class Device:
 
 
 def word(value):
-    """A setting as the command line has it."""
+    """A value as the command line takes it."""
     return ("off", "on")[value] if isinstance(value, bool) else str(value)
 
 
@@ -171,7 +171,7 @@ def read_state(device, kind):
 
 
 def normal(module, option, value, present):
-    """A wished value as the report's, whether the playbook has it as a text or not."""
+    """A wished value in the form of the report, whether the playbook has it as a text or not."""
     if option == "ppscomp":
         return number(module, option, value, lambda text: steps(text, near=False))
     if isinstance(present, bool):
@@ -186,7 +186,7 @@ def arguments(wished):
 
 
 def settle_switches(device, kind, command, save):
-    """Settings that are changed one by one. Returns them before and after."""
+    """Settings that are changed one by one. Returns what changed: before and after."""
     module = device.module
     wished = dict(module.params[kind])
     if not wished:
@@ -201,7 +201,7 @@ def settle_switches(device, kind, command, save):
         module.fail_json(msg=f"{kind}: the device cannot change {', '.join(sorted(impossible))}")
     before = {option: state[option] for option in change}
     if change and not module.check_mode:
-        # Another firmware mode saves all features: not before the device took the others.
+        # Another firmware mode saves all features, so the device must accept the others first.
         mode = {option: change[option] for option in change if option == "firmware_mode"}
         others = {option: change[option] for option in change if option not in mode}
         earlier = {option: state[option] for option in mode}
@@ -225,14 +225,14 @@ def expect_taken(device, kind, wished):
 def apply_switches(device, kind, state, change, command):
     settings = dict(change)
     if kind == "timing":
-        # The compensation is lost unless it goes along; half a step more, for it is cut off.
+        # The compensation is lost unless it is given again; half a step more, as it is truncated.
         count = change.get("ppscomp", state["ppscomp"])
         settings["ppscomp"] = f"{-(count + 0.5) * STEP_NS:.3f}" if count else "0"
     device.run(*command, "--device", device.name, *arguments(settings))
 
 
 def normal_filter(module, wished):
-    """As the report has it: the whole filter, for setting it replaces all of it."""
+    """The whole filter in the form of the report, because setting it replaces everything."""
     if str(wished.get("enabled", True)).lower() in ("false", "no", "off"):
         return {"enabled": False}
     normal = {"enabled": True}
@@ -244,7 +244,7 @@ def normal_filter(module, wished):
             normal[option] = text
         elif option != "enabled":
             normal[option] = number(module, option, value)
-            # Setting the filter saves it, and the command cuts a larger VLAN id off.
+            # Setting the filter saves it, and the command keeps only the lower bits of a VLAN id.
             if not 0 <= normal[option] <= 65535:
                 module.fail_json(msg=f"{option}: {value!r} is not from 0 to 65535")
     return normal
@@ -274,8 +274,8 @@ def remember(module, path, content):
 
 
 def known_addresses(state, memory):
-    """The report shows of an IP filter only that there is one, so its text is remembered. The
-    memory counts as long as the report is the one that was seen when it was written."""
+    """The report of an IP filter does not show its addresses, so they are remembered. The memory
+    counts as long as the report is the same as when it was written."""
     if not any(option in state for option in ADDRESSES) or memory.get("report") != state:
         return state
     return {**state, **memory.get("addresses", {})}

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+namespace corvane {
+
 // Prints the message as a line and returns the status: a failing step is one statement.
 inline int Fail(int status, const char* message) {
   puts(message);
@@ -24,3 +26,5 @@ template <size_t kSize>
 int TextLength(const char (&text)[kSize]) {
   return static_cast<int>(strnlen(text, kSize));
 }
+
+}  // namespace corvane

@@ -1,12 +1,9 @@
-#include "shell/command_tree.h"
+#include "line/node.h"
 
 #include <argtable3.h>
 #include <strings.h>
 
-#include <cstring>
-#include <new>
-
-#include "device/status.h"
+namespace corvane {
 
 namespace {
 
@@ -23,17 +20,10 @@ void* EndMarker() {
   return marker;
 }
 
-const char* KeptText(const char* text) {
-  const size_t size = strlen(text) + 1;
-  return static_cast<const char*>(memcpy(KeptMemory(size), text, size));
-}
-
-void** MakeArgtable(const NamedArg* const* params) {
-  size_t count = 0;
-  while (params != nullptr && params[count] != nullptr) ++count;
-  void** argtable = KeptPointers<void*>(count);
-  for (size_t i = 0; i < count; ++i) argtable[i] = params[i]->arg;
-  argtable[count] = EndMarker();
+std::unique_ptr<void* []> MakeArgtable(const NamedArgs& params) {
+  auto argtable = std::make_unique<void*[]>(params.size() + 1);
+  for (size_t i = 0; i < params.size(); ++i) argtable[i] = params[i]->arg;
+  argtable[params.size()] = EndMarker();
   return argtable;
 }
 
@@ -47,34 +37,51 @@ std::optional<std::string> CopyOf(const char* text) {
   return text;
 }
 
+void* MakeArgument(const ParameterSpec& row) {
+  const char* s = row.short_option;
+  const char* l = row.long_option;
+  const char* glossary = row.compose_glossary == nullptr ? row.glossary : row.compose_glossary();
+  switch (row.kind) {
+    case ParameterKind::kFlag:
+      return arg_lit0(s, l, glossary);
+    case ParameterKind::kInteger:
+      return arg_int0(s, l, row.datatype, glossary);
+    case ParameterKind::kReal:
+      return arg_dbl0(s, l, row.datatype, glossary);
+    case ParameterKind::kText:
+      return arg_str0(s, l, row.datatype, glossary);
+    case ParameterKind::kFile:
+      return arg_file0(s, l, row.datatype, glossary);
+    case ParameterKind::kRequiredFile:
+      return arg_file1(s, l, row.datatype, glossary);
+    case ParameterKind::kPattern:
+      return arg_rex0(s, l, row.pattern, row.datatype, row.flags, glossary);
+    case ParameterKind::kSwitch:
+      return OptionalSwitch(s, l, glossary);
+  }
+  return nullptr;
+}
+
 }  // namespace
 
-// A run uses little of the tree that it builds: a block of the program's own is the cheapest.
-void* KeptMemory(size_t size) {
-  constexpr size_t kBlockSize = 16384;
-  alignas(void*) static char block[kBlockSize];
-  static size_t used = 0;
-  const size_t room = (size + sizeof(void*) - 1) & ~(sizeof(void*) - 1);
-  if (room > kBlockSize - used) return new char[room]{};
-  used += room;
-  return block + used - room;
-}
-
-CommandNode* MakeNode(const char* name, const char* description, const CommandNode* const* children,
-                      const NamedArg* const* params, Handler handler) {
+const CommandNode* MakeNode(const char* name, const char* description, Children children,
+                            NamedArgs params, Handler handler) {
   if (name == nullptr) return nullptr;
-  return new (KeptMemory(sizeof(CommandNode)))
-      CommandNode{KeptText(name),
-                  KeptText(description == nullptr ? "" : description),
-                  children,
-                  params,
-                  MakeArgtable(params),
-                  handler};
+  auto argtable = MakeArgtable(params);
+  return new CommandNode{name,
+                         description == nullptr ? "" : description,
+                         std::move(children),
+                         std::move(params),
+                         std::move(argtable),
+                         handler};
 }
 
-NamedArg* MakeNamedArg(const char* key, void* arg) {
-  if (key == nullptr || arg == nullptr) return nullptr;
-  return new (KeptMemory(sizeof(NamedArg))) NamedArg{KeptText(key), arg};
+const NamedArg* MakeNamedArg(const char* key, void* arg) {
+  return key == nullptr || arg == nullptr ? nullptr : new NamedArg{key, arg};
+}
+
+const NamedArg* MakeParameter(const ParameterSpec& row) {
+  return MakeNamedArg(row.key, MakeArgument(row));
 }
 
 void* OptionalSwitch(const char* short_option, const char* long_option, const char* glossary) {
@@ -88,9 +95,8 @@ void* MandatorySwitch(const char* short_option, const char* long_option, const c
 }
 
 const NamedArg* FindParameter(const CommandNode& leaf, const char* key) {
-  if (leaf.params == nullptr) return nullptr;
-  for (const NamedArg* const* parameter = leaf.params; *parameter != nullptr; ++parameter) {
-    if (strcmp((*parameter)->key, key) == 0) return *parameter;
+  for (const NamedArg* parameter : leaf.params) {
+    if (parameter->key == key) return parameter;
   }
   return nullptr;
 }
@@ -156,3 +162,5 @@ int OnOff(const CommandNode& leaf, const char* key) {
   const NamedArg* parameter = FindParameter(leaf, key);
   return parameter == nullptr ? kNotGiven : OnOff(*parameter);
 }
+
+}  // namespace corvane

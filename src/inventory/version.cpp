@@ -1,9 +1,12 @@
 #include <cstdio>
 
-#include "device/report.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "inventory/inventory.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 namespace {
 
@@ -21,7 +24,7 @@ void PrintLibraryVersion() {
 }  // namespace
 
 int Version(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   puts("Command line utility version : " CORVANE_VERSION);
   PrintLibraryVersion();
   if (!session.has_device()) return kNoDevice;
@@ -34,3 +37,5 @@ int Version(const CommandNode& leaf) {
   printf("HW firmware version : %04u\n", versions.hw_firmware);
   return kSuccess;
 }
+
+}  // namespace corvane

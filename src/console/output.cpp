@@ -1,4 +1,4 @@
-#include "device/output.h"
+#include "console/output.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "device/status.h"
+#include "console/status.h"
+
+namespace corvane {
 
 namespace {
 
@@ -22,7 +24,8 @@ void PrepareOutput() {
   pollfd streams[] = {{STDIN_FILENO, 0, 0}, {STDOUT_FILENO, 0, 0}, {STDERR_FILENO, 0, 0}};
   poll(streams, 3, 0);
   for (const pollfd& stream : streams) {
-    // The lowest number that is free is this one. Writing to what is open for reading fails.
+    // The closed stream has the lowest free number, so it is the one that is opened. It is opened
+    // for reading, so writing fails.
     if ((stream.revents & POLLNVAL) != 0) open("/dev/null", O_RDONLY);
   }
   static char buffer[kBufferSize];
@@ -40,3 +43,5 @@ int FinishOutput(int result) {
           strerror(failure == 0 ? EIO : failure));
   return result == kSuccess ? kOutputLost : result;
 }
+
+}  // namespace corvane

@@ -1,13 +1,17 @@
-// The tree of command words: its records, the getters through which handlers read their parameters,
-// the dispatcher and the usage text.
+// The nodes of the command line's tree and the getters through which handlers read their
+// parameters.
 //
 // The tree is built once, dispatched once and left to process exit; nothing in it is ever freed.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "line/parameter.h"
+
+namespace corvane {
 
 struct CommandNode;
 
@@ -15,38 +19,34 @@ struct CommandNode;
 // status.
 using Handler = int (*)(const CommandNode& leaf);
 
-// One parameter of a leaf: the key that handlers look it up by (often, but not always, its long
-// option) and its argtable3 object, which is not owned.
+// One parameter of a leaf: its key and its argtable3 object, which is not owned.
 struct NamedArg {
-  const char* key;  // owned
+  std::string key;
   void* arg;
 };
 
+using Children = std::vector<const CommandNode*>;
+using NamedArgs = std::vector<const NamedArg*>;
+
 // A branch has children; a leaf has a handler and, unless it takes no parameters, params.
 struct CommandNode {
-  const char* name;                    // owned; empty for the root
-  const char* description;             // owned; empty for none
-  const CommandNode* const* children;  // null-terminated, referenced; null for a leaf
-  const NamedArg* const* params;       // null-terminated, referenced; null for none
-  void** argtable;                     // the params' objects in order, then an end marker; owned
-  Handler handler;                     // null for a branch
+  std::string name;  // empty for the root
+  std::string description;
+  Children children;
+  NamedArgs params;
+  std::unique_ptr<void*[]> argtable;  // the params' objects in order, then an end marker
+  Handler handler;                    // null for a branch
 };
 
-// Memory for the tree: zeroed, aligned for pointers, never freed. Small pieces share a block.
-void* KeptMemory(size_t size);
+// The node; null when name is null. A null description reads as "".
+const CommandNode* MakeNode(const char* name, const char* description, Children children,
+                            NamedArgs params, Handler handler);
 
-// A null-terminated array of count pointers to fill in.
-template <class Pointer>
-Pointer* KeptPointers(size_t count) {
-  return static_cast<Pointer*>(KeptMemory((count + 1) * sizeof(void*)));
-}
+// The pair; null when key or arg is null.
+const NamedArg* MakeNamedArg(const char* key, void* arg);
 
-// The node, with copies of its texts; null when name is null. A null description reads as "".
-CommandNode* MakeNode(const char* name, const char* description, const CommandNode* const* children,
-                      const NamedArg* const* params, Handler handler);
-
-// The pair, with a copy of the key; null when key or arg is null.
-NamedArg* MakeNamedArg(const char* key, void* arg);
+// The pair of a row, whose texts must outlive it.
+const NamedArg* MakeParameter(const ParameterSpec& row);
 
 // argtable3 objects of an on/off switch, optional or mandatory. The values are accepted in either
 // case. The texts must outlive the object.
@@ -85,19 +85,4 @@ inline constexpr int kNotGiven = -1;
 int OnOff(const CommandNode& leaf, const char* key);
 int OnOff(const NamedArg& parameter);
 
-// Stores 1 in the field for on, 0 for off; a switch that was not given leaves the field alone.
-template <class Field>
-void ApplySwitch(const CommandNode& leaf, const char* key, Field& field) {
-  const int value = OnOff(leaf, key);
-  if (value != kNotGiven) field = static_cast<Field>(value);
-}
-
-// ---- Walking the tree.
-
-// Prints the help of one node, reached by the command path; returns 0.
-int PrintUsage(const CommandNode& node, const std::string& path);
-
-// Walks down from node by the words after argv[0] (the word that selected node), parses the leaf's
-// parameters and runs its handler. Returns the handler's status; 0 for help; -1 with the usage
-// printed for an unknown or missing word and for any error in the parameters.
-int Dispatch(const CommandNode& node, int argc, char** argv, const std::string& prefix);
+}  // namespace corvane

@@ -2,13 +2,16 @@
 
 #include <cstdio>
 
-#include "device/report.h"
+#include "console/report.h"
+#include "console/status.h"
 #include "device/session.h"
-#include "device/status.h"
-#include "shell/handlers.h"
+#include "inventory/inventory.h"
+#include "line/device_option.h"
+
+namespace corvane {
 
 int CapabilitiesShow(const CommandNode& leaf) {
-  const Session session(leaf);
+  const Session session(DeviceText(leaf));
   if (!session.has_device()) return kNoDevice;
   const uint32_t mask = CorvaneAPIGetDeviceCapabilitiesEx(session.device());
   puts("Device's capabilities:");
@@ -26,3 +29,5 @@ int CapabilitiesLegend(const CommandNode&) {
   }
   return kSuccess;
 }
+
+}  // namespace corvane

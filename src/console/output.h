@@ -1,6 +1,8 @@
 // Standard output from the start of the process to its end.
 #pragma once
 
+namespace corvane {
+
 // Call first. Every report fits the buffer of standard output and is written as a whole; a terminal
 // gets it line by line. A standard stream that the caller closed becomes one that cannot be
 // written, so that no file or socket opened later gets its number and the reports with it.
@@ -13,3 +15,5 @@ bool FlushOutput();
 // Call last, with the result of the command. Flushes, and says on standard error when output was
 // lost. Returns the exit status: the result, but 1 in place of success when output was lost.
 int FinishOutput(int result);
+
+}  // namespace corvane

@@ -1,9 +1,11 @@
-#include "device/identity.h"
+#include "inventory/identity.h"
 
 #include <array>
 #include <cstdio>
 
-#include "device/status.h"
+#include "console/status.h"
+
+namespace corvane {
 
 namespace {
 
@@ -42,3 +44,5 @@ void PrintModelAndMac(DeviceHandle device) {
   }
   printf("%02x:%02x:%02x:%02x:%02x:%02x\n", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
 }
+
+}  // namespace corvane

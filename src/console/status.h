@@ -2,13 +2,15 @@
 // result is a status of the device library passed through.
 #pragma once
 
+namespace corvane {
+
 inline constexpr int kSuccess = 0;
 inline constexpr int kOutputLost = 1;  // main() gives it in place of success
 inline constexpr int kRejected = -1;
 inline constexpr int kNoFirmwareFile = -3;
 inline constexpr int kNoDevice = -4;
 inline constexpr int kUnsupported = -5;  // by the device
-inline constexpr int kBadValue = -5;     // or an option that is missing; the same by contract
+inline constexpr int kBadValue = -5;     // wrong or missing; scripts know it as the same number
 inline constexpr int kAlreadyRunning = -12;
 
 // What each means, as the manual says it.
@@ -26,3 +28,5 @@ inline constexpr StatusMeaning kStatusMeanings[] = {
     {kUnsupported, "the device cannot do this, or a value or an option is missing or invalid"},
     {kAlreadyRunning, "a direct capture runs already"},
 };
+
+}  // namespace corvane

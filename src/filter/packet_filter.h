@@ -1,0 +1,72 @@
+// The filter by addresses, ports and VLAN.
+#pragma once
+
+#include <string>
+
+#include "device/corvane_api.h"
+#include "line/settings.h"
+
+namespace corvane {
+
+// One side of what a filter compares: its option, report label and flag.
+struct FilterSide {
+  ParameterSpec parameter;
+  const char* label;
+  uint32_t match_flag;
+};
+
+// What a filter can name as source, as destination or, in the source's field, as either of them.
+struct FilterSubject {
+  FilterSide either;
+  FilterSide source;
+  FilterSide destination;
+  const char* mode_label;
+  uint16_t either_flag;
+};
+
+inline constexpr FilterSubject kFilterMac = {
+    .either = {TextSpec("mac", "<MAC address>",
+                        "Source or destination MAC address; could be in a form of a wildcard, e.g. "
+                        "aa:bb:*:dd:ee:*"),
+               "MAC", CORVANE_MATCH_SRC_MAC},
+    .source = {TextSpec("srcmac", "<MAC address>", "Source MAC address or its wildcard"),
+               "Source MAC", CORVANE_MATCH_SRC_MAC},
+    .destination = {TextSpec("dstmac", "<MAC address>", "Destination MAC address or its wildcard"),
+                    "Destination MAC", CORVANE_MATCH_DST_MAC},
+    .mode_label = "Source OR Destination MAC mode",
+    .either_flag = CORVANE_EITHER_MAC};
+
+inline constexpr FilterSubject kFilterIp = {
+    .either = {TextSpec("ip", "<IP address>",
+                        "Source or destination IP address; could be in a form of a wildcard, e.g. "
+                        "123.*.10.*; in case of IPv6 the address must be fully expanded"),
+               "IP", CORVANE_MATCH_SRC_IP},
+    .source = {TextSpec("srcip", "<IP address>", "Source IP address or its wildcard"), "Source IP",
+               CORVANE_MATCH_SRC_IP},
+    .destination = {TextSpec("dstip", "<IP address>", "Destination IP address or its wildcard"),
+                    "Destination IP", CORVANE_MATCH_DST_IP},
+    .mode_label = "Source OR Destination IP mode",
+    .either_flag = CORVANE_EITHER_IP};
+
+inline constexpr FilterSubject kFilterPort = {
+    .either = {IntegerSpec("port", "<port>", "Source or destination port"), "Port",
+               CORVANE_MATCH_SRC_PORT},
+    .source = {IntegerSpec("srcport", "<srcport>", "Source port"), "Source port",
+               CORVANE_MATCH_SRC_PORT},
+    .destination = {IntegerSpec("dstport", "<dstport>", "Destination port"), "Destination port",
+                    CORVANE_MATCH_DST_PORT},
+    .mode_label = "Source OR Destination port mode",
+    .either_flag = CORVANE_EITHER_PORT};
+
+inline constexpr FilterSide kFilterVlan = {IntegerSpec("vlanid", "<vlanid>", "VLAN id"), "VLAN id",
+                                           CORVANE_MATCH_VLAN};
+
+inline constexpr auto kFilterParameters =
+    Parameters(kFilterMac.either, kFilterMac.source, kFilterMac.destination, kFilterIp.either,
+               kFilterIp.source, kFilterIp.destination, kFilterPort.either, kFilterPort.source,
+               kFilterPort.destination, kFilterVlan);
+
+int FilterSet(const CommandNode& leaf);  // serves filter disable too
+int FilterShow(const CommandNode& leaf);
+
+}  // namespace corvane
