@@ -75,7 +75,7 @@ struct HelpText {
 
 inline constexpr HelpText kHelp[] = {
     {kDeviceInfo, "what the device is"},
-    {kErrors, "failures that the reports tell"},
+    {kErrors, "failures in the reports"},
     {"found", "devices that list found"},
     {"timestamp", "the timestamp of the statistics, in units of the device"},
 };
