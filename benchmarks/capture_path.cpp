@@ -10,7 +10,7 @@
 #include <cstring>
 #include <string>
 
-#include "tap/capture_writer.h"
+#include "dump/capture_writer.h"
 #include "tap/frame_path.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <numeric>
 
 #include "require.h"
-#include "tap/file_replay.h"
+#include "traffic/file_replay.h"
 
 namespace {
 

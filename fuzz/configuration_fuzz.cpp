@@ -4,7 +4,7 @@
 #include <set>
 #include <string_view>
 
-#include "configuration.h"
+#include "configuration/configuration.h"
 #include "require.h"
 
 namespace {

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "dump/capture_writer.h"
 #include "support/programs.h"
 #include "support/simulation.h"
-#include "tap/capture_writer.h"
 
 namespace {
 

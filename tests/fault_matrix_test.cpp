@@ -7,7 +7,7 @@
 #include <sstream>
 #include <thread>
 
-#include "functions.h"
+#include "configuration/functions.h"
 #include "shell/command_table.h"
 #include "support/expectations.h"
 #include "support/time_server.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "../simulator/nmea_sentences.h"
+#include "model/nmea_sentences.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-#include "../simulator/traffic.h"
+#include "traffic/mix_counts.h"
 
 namespace {
 

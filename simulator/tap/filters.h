@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "device/corvane_api.h"
-#include "frame.h"
+#include "tap/frame.h"
 
 // ---- Packet filter
 

@@ -1,4 +1,4 @@
-#include "frame.h"
+#include "tap/frame.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "frame_counters.h"
+#include "tap/frame_counters.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "frame_path.h"
+#include "tap/frame_path.h"
 
 #include <zlib.h>
 

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "device/corvane_api.h"
-#include "filters.h"
-#include "frame.h"
-#include "frame_counters.h"
+#include "tap/filters.h"
+#include "tap/frame.h"
+#include "tap/frame_counters.h"
 
 struct PathSettings {
   FeaturesRecord features;

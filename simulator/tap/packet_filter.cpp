@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "device/capabilities.h"
-#include "filters.h"
+#include "tap/filters.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <cstring>
 
 #include "device/capabilities.h"
-#include "filters.h"
+#include "tap/filters.h"
 
 namespace {
 

@@ -1,0 +1,89 @@
+// Firmware update. The file is read when the update starts; what came of it is told with the
+// progress.
+#include <algorithm>
+#include <cstring>
+
+#include "api/wide_text.h"
+#include "library/library.h"
+#include "model/firmware_file.h"
+
+namespace {
+
+constexpr const char* kUpdate = "update";
+
+// The fact that an update was started.
+struct Update {
+  int64_t start_ms;        // host's time
+  VersionRecord versions;  // the device's after the update
+  int32_t status;          // how it ends
+};
+
+VersionRecord UpdatedVersions(Call& call, const FirmwareFile& firmware) {
+  VersionRecord versions = CurrentVersions(call);
+  memcpy(versions.sw_firmware, firmware.sw_firmware, sizeof versions.sw_firmware);
+  versions.hw_firmware = firmware.hw_firmware.value_or(versions.hw_firmware);
+  return versions;
+}
+
+void StoreUpdate(Call& call, const Update& update) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(&update);
+  call.state.SetFact(call.device.name, kUpdate, Bytes(bytes, bytes + sizeof update));
+}
+
+int32_t StartUpdate(Call& call, const FirmwareFile& firmware) {
+  Update update = {HostMs(), UpdatedVersions(call, firmware), firmware.status};
+  if (update.status == CORVANE_OK && firmware.type_code != call.device.type_code) {
+    update.status = CORVANE_UPDATE_FILE_INVALID;
+  }
+  StoreUpdate(call, update);
+  return CORVANE_OK;
+}
+
+// The device stores its new versions at the end, once and for all.
+int32_t FinishUpdate(Call& call, const Update& update) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(&update.versions);
+  call.state.SetConfiguration(call.device.name, "versions",
+                              Bytes(bytes, bytes + sizeof update.versions));
+  call.state.SaveConfiguration(call.device.name, "versions");
+  return CORVANE_OK;
+}
+
+int32_t UpdateProgress(Call& call, int32_t& percent) {
+  Update update;
+  const auto bytes = call.state.Fact(call.device.name, kUpdate, sizeof update);
+  if (!bytes) return kInvalidArgument;
+  memcpy(&update, bytes->data(), sizeof update);
+  if (update.status != CORVANE_OK) return update.status;
+  const int64_t now_ms = HostMs();
+  if (update.start_ms > now_ms) {  // the host's clock was set back
+    update.start_ms = now_ms;
+    StoreUpdate(call, update);
+  }
+  const int64_t elapsed_ms = now_ms - std::max<int64_t>(0, update.start_ms);
+  const bool running = elapsed_ms < call.device.update_ms;
+  percent = running ? static_cast<int32_t>(elapsed_ms * 100 / call.device.update_ms) : 100;
+  call.journal += " percent=" + std::to_string(percent);
+  return running ? CORVANE_UPDATE_IN_PROGRESS : FinishUpdate(call, update);
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t CorvaneAPIFirmwareUpdateStart(DeviceHandle device, const wchar_t* path) {
+  const FirmwareFile firmware = path == nullptr ? FirmwareFile{} : ReadFirmwareFile(Utf8Of(path));
+  return DeviceCall(__func__, device, Access::kWrite, 0, TextArgument("path", path),
+                    [&](Call& call) {
+                      if (path == nullptr) return kInvalidArgument;
+                      return StartUpdate(call, firmware);
+                    });
+}
+
+int32_t CorvaneAPIFirmwareUpdateGetProgress(DeviceHandle device, int32_t* percent) {
+  return DeviceCall(__func__, device, Access::kWrite, 0, "", [&](Call& call) {
+    if (percent == nullptr) return kInvalidArgument;
+    return UpdateProgress(call, *percent);
+  });
+}
+
+}  // extern "C"

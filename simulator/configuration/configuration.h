@@ -1,0 +1,75 @@
+// What the simulator simulates: the devices, the faults to inject and the journal, read from a TOML
+// file (docs/simulator.md describes it for users).
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "configuration/port_source.h"
+#include "device/corvane_api.h"
+#include "model/nmea_sentences.h"
+#include "records/record_fields.h"
+
+// A record as the configuration file gives it.
+struct GivenRecord {
+  Bytes bytes;
+  bool raw;  // given as a whole, in hexadecimal: served as it is, whatever the device would say
+};
+
+// What every read of the GPS output gives, whatever the receiver would say.
+struct GivenGpsOutput {
+  int32_t count = 0;  // of bytes, as the library claims it
+  std::string text;   // at most a read's 128 bytes
+};
+
+struct DeviceConfiguration {
+  int32_t type_code = 0;
+  uint8_t mac[CORVANE_MAC_SIZE] = {};
+  std::string name;  // the MAC as text: names the device in the journal and in the state
+  uint32_t capabilities = 0;
+  VersionRecord versions = {};
+  std::vector<std::string> hw_firmwares;
+  std::optional<HwFirmwaresDesc> hw_firmwares_record;  // given as a whole: goes before the names
+  int64_t boot_ms = 0;          // how long the device is away after a restart
+  GpsPosition position;         // of its GPS antenna
+  int64_t traffic_rate = 1000;  // frames per second, both ports together
+  int64_t update_ms = 3000;     // how long a firmware update takes
+  PortSource ports[CORVANE_PORTS];
+  std::optional<GivenGpsOutput> gps_output;
+  std::map<std::string, GivenRecord, std::less<>> records;  // by the layout's name
+};
+
+// Calls to fail: the nth call of the function in a process (any when call is 0) and none before the
+// first to fail, for one device or all of them.
+struct Fault {
+  std::string function;
+  std::optional<std::string> device;  // its name
+  int64_t call = 0;
+  int64_t from = 1;
+  int32_t status = 0;
+};
+
+struct Configuration {
+  uint32_t library_version = 0;   // packed, lowest byte first
+  std::string journal;            // path; empty for none
+  int64_t lock_wait_ms = 20'000;  // for other programs on the state: hundreds may stand in line
+  std::vector<DeviceConfiguration> devices;
+  std::optional<int32_t> device_count;  // that the device list claims, whatever it has
+  std::vector<Fault> faults;
+};
+
+// Reads the configuration in the named file. Nothing, with the error filled, when the file cannot
+// be read or is wrong. Relative paths in it are taken from the file's folder.
+std::optional<Configuration> ReadConfigurationFile(const std::string& path,
+                                                   ConfigurationError& error);
+
+// Reads the text of a configuration file; path names it in relative paths only.
+std::optional<Configuration> ReadConfiguration(std::string_view text, const std::string& path,
+                                               ConfigurationError& error);
+
+// The configuration that serves when no file is named: three devices of different models whose
+// capabilities together reach every command.
+extern const char kBuiltinConfiguration[];

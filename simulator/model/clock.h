@@ -1,0 +1,22 @@
+// The clock of a simulated device: it runs like the host's (CLOCK_REALTIME) and is ahead of it by
+// an offset, 0 until the clock is set. All times are nanoseconds since the Unix epoch, UTC.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "library/library.h"
+
+int64_t HostNs();
+
+// The device's clock minus the host's.
+int64_t ClockOffsetNs(Call& call);
+
+// The device's clock. It cannot be before the epoch.
+int64_t DeviceNs(Call& call);
+
+// From where the clock was set last; nothing when it was not set since the device started.
+std::optional<uint32_t> ClockSource(Call& call);
+
+// Sets the clock by its offset, and notes from where it was set (coded like timestamp_source).
+void SetClock(Call& call, uint32_t source, int64_t offset_ns);

@@ -1,0 +1,50 @@
+// A network interface of the host as a port's traffic, through libpcap, in promiscuous mode. The
+// frames that are not yet fetched wait in the kernel's ring.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "configuration/port_source.h"
+#include "traffic/file_replay.h"
+#include "traffic/port_stream.h"
+
+class LiveInterface {
+ public:
+  // After this time at most the kernel shows a frame that it has received.
+  static constexpr int64_t kDelayNs = 40'000'000;
+
+  // False with the reason when the interface cannot be opened. The ring takes at most max_waiting
+  // bytes, but 2 MB at least and 1 GB at most.
+  bool Open(const PortSource& source, uint8_t port, uint64_t max_waiting, std::string& reason);
+
+  // The next frame that is there; its bytes stay until the next call.
+  Supply Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame);
+
+  // Gives the frames that are there, so many at most, without copying them: the bytes stay for as
+  // long as take runs. Ends when take returns false; kFrame when more may be there.
+  Supply Drain(int64_t now_ns, const StreamClock& clock, int most, const TakeFrame& take);
+  const std::string& reason() const { return reason_; }  // of Supply::kFailed
+  // Frames for which the ring had no room. The kernel does not tell their lengths: they are taken
+  // as long as the others on average.
+  LostFrames lost();
+  // Readable when a frame is there.
+  int descriptor() const;
+
+ private:
+  struct Draining;
+
+  static void Copy(u_char* self, const pcap_pkthdr* header, const u_char* bytes);
+  static void Give(u_char* draining, const pcap_pkthdr* header, const u_char* bytes);
+  RawFrame Count(const pcap_pkthdr& header, const uint8_t* bytes);
+  Supply WithoutFrame(int count, int64_t now_ns, const StreamClock& clock);
+
+  Pcap pcap_;
+  std::string name_;
+  uint8_t port_ = 0;
+  std::unique_ptr<uint8_t[]> bytes_;
+  RawFrame frame_ = {};
+  uint64_t frames_ = 0;
+  uint64_t total_bytes_ = 0;
+  std::string reason_;
+};
