@@ -13,6 +13,8 @@
 #include "dump/capture_writer.h"
 #include "tap/frame_path.h"
 
+using namespace simulator;
+
 namespace {
 
 int Usage() {

@@ -8,6 +8,8 @@
 #include "require.h"
 #include "traffic/file_replay.h"
 
+using namespace simulator;
+
 namespace {
 
 constexpr int kMostFrames = 100;

@@ -7,6 +7,8 @@
 #include "configuration/configuration.h"
 #include "require.h"
 
+using namespace simulator;
+
 namespace {
 
 void CheckDevice(const DeviceConfiguration& device) {

@@ -9,6 +9,8 @@
 #include "support/programs.h"
 #include "support/simulation.h"
 
+using namespace simulator;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -13,6 +13,8 @@
 #include "support/time_server.h"
 #include "support/unread.h"
 
+using namespace simulator;
+
 using namespace corvane;
 
 namespace {

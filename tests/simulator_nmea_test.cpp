@@ -2,6 +2,8 @@
 
 #include "model/nmea_sentences.h"
 
+using namespace simulator;
+
 namespace {
 
 GpsSecond Fixed(double latitude, double longitude) {

@@ -5,6 +5,8 @@
 
 #include "traffic/mix_counts.h"
 
+using namespace simulator;
+
 namespace {
 
 constexpr Host kOne = {{2, 0, 0, 0, 0, 1}, {10, 1, 2, 3}, {0x20, 1, 0xD, 0xB8}};

@@ -6,6 +6,12 @@
 #include <cstring>
 
 #include "api/wide_text.h"
+#include "library/call_frame.h"
+#include "library/complaints.h"
+#include "model/device_records.h"
+#include "model/facts.h"
+
+using namespace simulator;
 
 namespace {
 
@@ -20,21 +26,6 @@ struct DumpSettings {
   uint32_t loop;
   uint32_t full_frames;
 };
-
-template <class Record>
-void SetRecordFact(Call& call, const char* name, const Record& record) {
-  const auto* bytes = reinterpret_cast<const uint8_t*>(&record);
-  call.state.SetFact(call.device.name, name, Bytes(bytes, bytes + sizeof record));
-}
-
-// False, with the record unchanged, when there is no such fact.
-template <class Record>
-bool RecordFact(Call& call, const char* name, Record& record) {
-  const auto bytes = call.state.Fact(call.device.name, name, sizeof record);
-  if (!bytes) return false;
-  memcpy(&record, bytes->data(), sizeof record);
-  return true;
-}
 
 // ---- Configuration
 
@@ -88,7 +79,7 @@ int32_t Configure(const char* function, DeviceHandle device, const Config& recor
       if (text.text == nullptr) return kInvalidArgument;
     }
     if (IsRunning(call)) return kCaptureRuns;
-    SetRecordFact(call, kSettings, SettingsOf(record));
+    SetFact(call, kSettings, SettingsOf(record));
     SetTexts(call, texts);
     return CORVANE_OK;
   });
@@ -100,7 +91,7 @@ int32_t Configure(const char* function, DeviceHandle device, const Config& recor
 DiskDumpStatus CurrentStatus(Call& call) {
   DiskDumpStatus status = ReadCapture(CapturePlaceOf(call)).status;
   DumpSettings settings = {};
-  if (RecordFact(call, kSettings, settings)) status.max_cache = settings.max_cache;
+  if (ReadFact(call, kSettings, settings)) status.max_cache = settings.max_cache;
   return status;
 }
 
@@ -131,7 +122,7 @@ CaptureTarget TargetOf(Call& call, const DumpSettings& settings) {
 int32_t StartDump(Call& call) {
   DumpSettings settings;
   if (IsRunning(call)) return kCaptureRuns;
-  if (!RecordFact(call, kSettings, settings)) return kInvalidArgument;
+  if (!ReadFact(call, kSettings, settings)) return kInvalidArgument;
   CaptureOrder order = {};
   order.settings = CurrentCaptureSettings(call, settings.full_frames != 0);
   order.target = TargetOf(call, settings);

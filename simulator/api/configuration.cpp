@@ -2,7 +2,10 @@
 #include <cstring>
 
 #include "device/capabilities.h"
-#include "library/library.h"
+#include "library/call_frame.h"
+#include "model/device_records.h"
+
+using namespace simulator;
 
 namespace {
 
@@ -20,8 +23,7 @@ int32_t SetRecord(const char* function, DeviceHandle device, uint32_t capabiliti
                   const char* name, const Record& record) {
   const std::string arguments = HexArgument("record", &record, sizeof record);
   return DeviceCall(function, device, Access::kWrite, capabilities, arguments, [&](Call& call) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(&record);
-    call.state.SetConfiguration(call.device.name, name, Bytes(bytes, bytes + sizeof record));
+    call.state.SetConfiguration(call.device.name, name, BytesOf(record));
     return CORVANE_OK;
   });
 }

@@ -2,7 +2,13 @@
 #include <cstring>
 
 #include "device/capabilities.h"
+#include "library/call_frame.h"
 #include "model/capture.h"
+#include "model/clock.h"
+#include "model/device_records.h"
+#include "model/facts.h"
+
+using namespace simulator;
 
 namespace {
 
@@ -16,13 +22,6 @@ HwFirmwaresDesc FirmwaresOf(const DeviceConfiguration& device) {
 }
 
 }  // namespace
-
-VersionRecord CurrentVersions(Call& call) {
-  VersionRecord versions = call.device.versions;
-  const auto stored = call.state.Configuration(call.device.name, "versions", sizeof versions);
-  if (stored) memcpy(&versions, stored->data(), sizeof versions);
-  return versions;
-}
 
 extern "C" {
 

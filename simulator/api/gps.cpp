@@ -1,83 +1,13 @@
-// What the GPS receiver says. The device buffers it from the flush, or else the first read, of a
-// process on; every process has a buffer of its own.
+// The GPS receiver's output.
 #include <algorithm>
-#include <map>
 
 #include "device/capabilities.h"
-#include "library/library.h"
-#include "model/clock.h"
-#include "model/nmea_sentences.h"
+#include "library/call_frame.h"
+#include "model/gps_output.h"
+
+using namespace simulator;
 
 namespace {
-
-constexpr int64_t kSecond = 1'000'000'000;  // ns
-constexpr size_t kBufferSize = 4096;        // bytes
-constexpr int64_t kBufferedSeconds = 32;    // more than the buffer holds: each has over 128 bytes
-
-struct GpsBuffer {
-  int64_t filled_ns = HostNs();  // the host's time up to which the text is complete
-  std::string text;
-};
-
-GpsBuffer& BufferOf(const Call& call) {
-  static std::map<std::string, GpsBuffer, std::less<>> buffers;
-  return buffers.try_emplace(call.device.name).first->second;
-}
-
-// The board may lack its GPS module: then it has nothing to say.
-bool HasModule(const TimingStatusRecord& status) {
-  return status.gps_module == 0 || status.gps_module == 2;
-}
-
-GpsFix FixOf(const TimingStatusRecord& status) {
-  if (status.gps_fix == 1) return GpsFix::k2d;
-  return status.gps_fix == 2 ? GpsFix::k3d : GpsFix::kNone;
-}
-
-// A second as the timing status has the receiver; its time is still to be filled in.
-GpsSecond ReceiverState(const Call& call, const TimingStatusRecord& status) {
-  return {.position = call.device.position,
-          .fix = FixOf(status),
-          .satellites_in_view = status.satellites_gps,
-          .satellites_used = status.satellites_used};
-}
-
-// The oldest sentences are lost when there are too many.
-void Trim(std::string& text) {
-  if (text.size() <= kBufferSize) return;
-  text.erase(0, text.find('\n', text.size() - kBufferSize) + 1);
-}
-
-// Adds the sentences of the seconds that began since the last time on the device's clock. Measured
-// on the host's, so that setting the device's clock repeats or skips a second at most.
-void FillBuffer(Call& call, GpsBuffer& buffer) {
-  const int64_t now_ns = HostNs();
-  const int64_t offset_ns = ClockOffsetNs(call);
-  const int64_t last = (now_ns + offset_ns) / kSecond;
-  const int64_t filled = (buffer.filled_ns + offset_ns) / kSecond;
-  buffer.filled_ns = now_ns;
-  if (filled >= last) return;
-
-  const auto status = Current<TimingStatusRecord>(call, "timing_status");
-  if (!HasModule(status)) return;
-  GpsSecond second = ReceiverState(call, status);
-  second.time = std::max(filled, last - kBufferedSeconds);
-  while (++second.time <= last) buffer.text += NmeaSentences(second);
-  Trim(buffer.text);
-}
-
-// Copies what there is to read, no more than the capacity, and returns the count to tell of it.
-int32_t ReadOutput(Call& call, char* buffer, size_t capacity) {
-  if (const auto& given = call.device.gps_output) {
-    given->text.copy(buffer, capacity);
-    return given->count;
-  }
-  GpsBuffer& output = BufferOf(call);
-  FillBuffer(call, output);
-  const size_t size = output.text.copy(buffer, capacity);
-  output.text.erase(0, size);
-  return static_cast<int32_t>(size);
-}
 
 bool HasReceiver(const Call& call) {
   return (call.device.capabilities & CORVANE_CAP_GPS) != 0;
@@ -90,7 +20,7 @@ extern "C" {
 int32_t CorvaneAPIGPSOutputFlush(DeviceHandle device) {
   return DeviceCall(__func__, device, Access::kRead, 0, "", [](Call& call) -> int32_t {
     if (!HasReceiver(call)) return CORVANE_GPS_OUTPUT_NOT_SUPPORTED;
-    BufferOf(call) = {};
+    FlushGpsOutput(call);
     return CORVANE_OK;
   });
 }
@@ -101,7 +31,7 @@ int32_t CorvaneAPIGPSOutputRead(DeviceHandle device, char* buffer, int32_t capac
   return DeviceCall(__func__, device, Access::kRead, 0, arguments, [=](Call& call) -> int32_t {
     if (!HasReceiver(call)) return CORVANE_GPS_OUTPUT_NOT_SUPPORTED;
     if (buffer == nullptr || count == nullptr || capacity <= 0) return kInvalidArgument;
-    *count = ReadOutput(call, buffer, static_cast<size_t>(capacity));
+    *count = ReadGpsOutput(call, buffer, static_cast<size_t>(capacity));
     const auto size = static_cast<size_t>(std::clamp(*count, 0, capacity));
     call.journal += " count=" + std::to_string(*count) + HexArgument("record", buffer, size);
     return CORVANE_OK;

@@ -6,6 +6,10 @@
 #include <memory>
 #include <thread>
 
+#include "library/call_frame.h"
+
+using namespace simulator;
+
 namespace {
 
 // A list as callers get it, with its nodes.
@@ -41,7 +45,7 @@ int32_t CorvaneAPIUninitialize(void) {
 DeviceList* CorvaneAPIGetDevicesList(void) {
   int32_t status = CORVANE_OK;
   std::vector<DeviceHandle> handles;
-  if (PlainCall(__func__, "", status) || !LibraryIsOpen()) return nullptr;
+  if (PlainCall(__func__, "", status) || !TheLibrary().state.is_open()) return nullptr;
   if (!AttachedDevices(handles)) return nullptr;
 
   auto owned = std::make_unique<OwnedList>();
@@ -49,7 +53,7 @@ DeviceList* CorvaneAPIGetDevicesList(void) {
   for (size_t i = 1; i < owned->nodes.size(); ++i) owned->nodes[i - 1].next = &owned->nodes[i];
   owned->list.first = owned->nodes.empty() ? nullptr : owned->nodes.data();
   const auto count = static_cast<int32_t>(owned->nodes.size());
-  owned->list.count = OpenConfiguration().device_count.value_or(count);
+  owned->list.count = TheLibrary().configuration.device_count.value_or(count);
   DeviceList* const list = &owned->list;
   HeldLists()[list] = std::move(owned);
   return list;
@@ -61,7 +65,7 @@ void CorvaneApiDeviceListFree(DeviceList* list) {
   const auto held = HeldLists().find(list);
   if (held == HeldLists().end()) return;
   // The strictest that a library can be: what works here works on a library that lets handles live.
-  for (const DeviceNode& node : held->second->nodes) EndHandle(node.handle);
+  for (const DeviceNode& node : held->second->nodes) TheLibrary().handles.erase(node.handle);
   HeldLists().erase(held);
 }
 
@@ -74,7 +78,7 @@ void CorvaneApiSleepMs(uint32_t milliseconds) {
 uint32_t CorvaneAPIGetVersion(void) {
   int32_t status = CORVANE_OK;
   PlainCall(__func__, "", status);
-  return OpenConfiguration().library_version;
+  return TheLibrary().configuration.library_version;
 }
 
 }  // extern "C"

@@ -4,9 +4,14 @@
 #include <cstring>
 
 #include "device/capabilities.h"
-#include "library/library.h"
+#include "library/call_frame.h"
 #include "model/capture.h"
+#include "model/clock.h"
+#include "model/device_records.h"
+#include "model/facts.h"
 #include "traffic/mix_counts.h"
+
+using namespace simulator;
 
 namespace {
 

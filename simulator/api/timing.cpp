@@ -2,9 +2,12 @@
 #include <ctime>
 
 #include "device/capabilities.h"
-#include "library/library.h"
+#include "library/call_frame.h"
 #include "model/clock.h"
+#include "model/device_records.h"
 #include "records/factory_status.h"
+
+using namespace simulator;
 
 namespace {
 

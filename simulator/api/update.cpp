@@ -4,8 +4,13 @@
 #include <cstring>
 
 #include "api/wide_text.h"
-#include "library/library.h"
+#include "library/call_frame.h"
+#include "model/clock.h"
+#include "model/device_records.h"
+#include "model/facts.h"
 #include "model/firmware_file.h"
+
+using namespace simulator;
 
 namespace {
 
@@ -25,39 +30,30 @@ VersionRecord UpdatedVersions(Call& call, const FirmwareFile& firmware) {
   return versions;
 }
 
-void StoreUpdate(Call& call, const Update& update) {
-  const auto* bytes = reinterpret_cast<const uint8_t*>(&update);
-  call.state.SetFact(call.device.name, kUpdate, Bytes(bytes, bytes + sizeof update));
-}
-
 int32_t StartUpdate(Call& call, const FirmwareFile& firmware) {
   Update update = {HostMs(), UpdatedVersions(call, firmware), firmware.status};
   if (update.status == CORVANE_OK && firmware.type_code != call.device.type_code) {
     update.status = CORVANE_UPDATE_FILE_INVALID;
   }
-  StoreUpdate(call, update);
+  SetFact(call, kUpdate, update);
   return CORVANE_OK;
 }
 
 // The device stores its new versions at the end, once and for all.
 int32_t FinishUpdate(Call& call, const Update& update) {
-  const auto* bytes = reinterpret_cast<const uint8_t*>(&update.versions);
-  call.state.SetConfiguration(call.device.name, "versions",
-                              Bytes(bytes, bytes + sizeof update.versions));
+  call.state.SetConfiguration(call.device.name, "versions", BytesOf(update.versions));
   call.state.SaveConfiguration(call.device.name, "versions");
   return CORVANE_OK;
 }
 
 int32_t UpdateProgress(Call& call, int32_t& percent) {
   Update update;
-  const auto bytes = call.state.Fact(call.device.name, kUpdate, sizeof update);
-  if (!bytes) return kInvalidArgument;
-  memcpy(&update, bytes->data(), sizeof update);
+  if (!ReadFact(call, kUpdate, update)) return kInvalidArgument;
   if (update.status != CORVANE_OK) return update.status;
   const int64_t now_ms = HostMs();
   if (update.start_ms > now_ms) {  // the host's clock was set back
     update.start_ms = now_ms;
-    StoreUpdate(call, update);
+    SetFact(call, kUpdate, update);
   }
   const int64_t elapsed_ms = now_ms - std::max<int64_t>(0, update.start_ms);
   const bool running = elapsed_ms < call.device.update_ms;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kReplacement = 0xFFFD;
@@ -55,3 +56,5 @@ std::string TextArgument(const char* name, const wchar_t* text) {
   }
   return start + '"' + quoted + '"';
 }
+
+}  // namespace simulator

@@ -1,5 +1,7 @@
 #include "configuration/configuration.h"
 
+namespace simulator {
+
 const char kBuiltinConfiguration[] = R"(
 # A gigabit copper tap with GPS timing.
 [[device]]
@@ -36,3 +38,5 @@ sw_firmware = "1.2.0.9"
 driver = "3.1.0.5"
 hw_firmware = 7
 )";
+
+}  // namespace simulator

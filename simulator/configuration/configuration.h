@@ -8,10 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "configuration/gps_position.h"
 #include "configuration/port_source.h"
 #include "device/corvane_api.h"
-#include "model/nmea_sentences.h"
 #include "records/record_fields.h"
+
+namespace simulator {
 
 // A record as the configuration file gives it.
 struct GivenRecord {
@@ -61,6 +63,12 @@ struct Configuration {
   std::vector<Fault> faults;
 };
 
+// What is wrong with a configuration file, and where.
+struct ConfigurationError {
+  uint32_t line = 0;  // 0 when no line is to blame
+  std::string reason;
+};
+
 // Reads the configuration in the named file. Nothing, with the error filled, when the file cannot
 // be read or is wrong. Relative paths in it are taken from the file's folder.
 std::optional<Configuration> ReadConfigurationFile(const std::string& path,
@@ -73,3 +81,5 @@ std::optional<Configuration> ReadConfiguration(std::string_view text, const std:
 // The configuration that serves when no file is named: three devices of different models whose
 // capabilities together reach every command.
 extern const char kBuiltinConfiguration[];
+
+}  // namespace simulator

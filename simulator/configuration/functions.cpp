@@ -1,5 +1,6 @@
 #include "configuration/functions.h"
 
+namespace simulator {
 namespace {
 
 constexpr std::string_view kFunctions[] = {
@@ -32,3 +33,5 @@ bool CanFail(std::string_view function) {
   }
   return false;
 }
+
+}  // namespace simulator

@@ -1,7 +1,7 @@
-#include "configuration/gps.h"
-
 #include "configuration/records.h"
+#include "configuration/tables.h"
 
+namespace simulator {
 namespace {
 
 bool ReadLatitude(Where node, GpsPosition& position, ConfigurationError& error) {
@@ -54,3 +54,5 @@ bool ReadGpsOutput(Where node, DeviceConfiguration& device, ConfigurationError& 
   if (table == nullptr) return RefuseValue(node, "gps_output wants a table", error);
   return ReadKeys(*table, kOutputKeys, device.gps_output.emplace(), error);
 }
+
+}  // namespace simulator

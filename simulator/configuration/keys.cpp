@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+namespace simulator {
+
 bool RefuseValue(Where node, const std::string& reason, ConfigurationError& error) {
   error = {node.source().begin.line, reason};
   return false;
@@ -58,3 +60,5 @@ bool ReadVersion(Where node, uint8_t (&numbers)[4], ConfigurationError& error) {
   for (int i = 0; i < 4; ++i) numbers[i] = static_cast<uint8_t>(n[i]);
   return true;
 }
+
+}  // namespace simulator

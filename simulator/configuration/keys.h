@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <string>
 
-#include "records/record_fields.h"
+#include "configuration/configuration.h"
+
+namespace simulator {
 
 using Where = const toml::node&;
 
@@ -47,3 +49,5 @@ bool ReadKeys(const toml::table& table, const Key<Target> (&keys)[kCount], Targe
   }
   return true;
 }
+
+}  // namespace simulator

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+namespace simulator {
+
 enum class SourceKind : uint8_t {
   kUnset,      // generator, unless the other port's source is set: then no frames
   kGenerator,  // the built-in mix, as far as it arrives at the port
@@ -26,3 +28,5 @@ struct PortSource {
   Pace pace = Pace::kOriginal;
   std::string interface;
 };
+
+}  // namespace simulator

@@ -1,5 +1,6 @@
-#include "configuration/ports.h"
+#include "configuration/tables.h"
 
+namespace simulator {
 namespace {
 
 template <class Value>
@@ -92,3 +93,5 @@ bool ReadPortA(Where node, DeviceConfiguration& device, ConfigurationError& erro
 bool ReadPortB(Where node, DeviceConfiguration& device, ConfigurationError& error) {
   return ReadPort(node, device.ports[1], error);
 }
+
+}  // namespace simulator

@@ -3,12 +3,10 @@
 #include <charconv>
 #include <cstring>
 
-#include "configuration/keys.h"
-
+namespace simulator {
 namespace {
 
-bool WriteInteger(const Field& field, const toml::node& node, uint8_t* at,
-                  ConfigurationError& error) {
+bool WriteInteger(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   const auto* value = node.as_integer();
   const bool whole = value != nullptr || node.is_boolean();
   if (!whole) return RefuseValue(node, std::string(field.name) + " wants an integer", error);
@@ -22,8 +20,7 @@ bool WriteInteger(const Field& field, const toml::node& node, uint8_t* at,
   return true;
 }
 
-bool WriteFloat(const Field& field, const toml::node& node, uint8_t* at,
-                ConfigurationError& error) {
+bool WriteFloat(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   const auto number = node.value<double>();
   if (!number) return RefuseValue(node, std::string(field.name) + " wants a number", error);
   const auto single = static_cast<float>(*number);
@@ -35,8 +32,7 @@ bool WriteFloat(const Field& field, const toml::node& node, uint8_t* at,
   return true;
 }
 
-bool WriteBytes(const Field& field, const toml::node& node, uint8_t* at,
-                ConfigurationError& error) {
+bool WriteBytes(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   Bytes bytes;
   const auto* text = node.as_string();
   if (text == nullptr || !ReadHex(text->get(), bytes) || bytes.size() != field.width) {
@@ -49,7 +45,7 @@ bool WriteBytes(const Field& field, const toml::node& node, uint8_t* at,
   return true;
 }
 
-bool WriteText(const Field& field, const toml::node& node, uint8_t* at, ConfigurationError& error) {
+bool WriteText(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   const auto* text = node.as_string();
   if (text == nullptr || text->get().size() >= field.width) {
     return RefuseValue(node,
@@ -62,11 +58,9 @@ bool WriteText(const Field& field, const toml::node& node, uint8_t* at, Configur
   return true;
 }
 
-bool WriteTable(std::span<const Field> fields, const toml::node& node, uint8_t* at,
-                ConfigurationError& error);
+bool WriteTable(std::span<const Field> fields, Where node, uint8_t* at, ConfigurationError& error);
 
-bool WriteGroup(const Field& field, const toml::node& node, uint8_t* at,
-                ConfigurationError& error) {
+bool WriteGroup(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   if (field.count == 1) return WriteTable(field.fields, node, at, error);
   const auto* tables = node.as_array();
   if (tables == nullptr || tables->size() > field.count) {
@@ -75,15 +69,14 @@ bool WriteGroup(const Field& field, const toml::node& node, uint8_t* at,
                            std::to_string(field.count) + " tables",
                        error);
   }
-  for (const toml::node& table : *tables) {
+  for (Where table : *tables) {
     if (!WriteTable(field.fields, table, at, error)) return false;
     at += field.width;
   }
   return true;
 }
 
-bool WriteField(const Field& field, const toml::node& node, uint8_t* at,
-                ConfigurationError& error) {
+bool WriteField(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   switch (field.kind) {
     case FieldKind::kInteger:
       return WriteInteger(field, node, at, error);
@@ -99,8 +92,7 @@ bool WriteField(const Field& field, const toml::node& node, uint8_t* at,
   return false;
 }
 
-bool WriteTable(std::span<const Field> fields, const toml::node& node, uint8_t* at,
-                ConfigurationError& error) {
+bool WriteTable(std::span<const Field> fields, Where node, uint8_t* at, ConfigurationError& error) {
   const auto* table = node.as_table();
   if (table == nullptr) return RefuseValue(node, "a table of fields is expected here", error);
   for (const auto& [key, value] : *table) {
@@ -131,8 +123,7 @@ bool ReadHex(std::string_view text, Bytes& bytes) {
   return true;
 }
 
-bool ReadRecord(const RecordLayout& layout, const toml::node& node, Bytes& record,
-                ConfigurationError& error) {
+bool ReadRecord(const RecordLayout& layout, Where node, Bytes& record, ConfigurationError& error) {
   const auto* raw = node.as_string();
   if (raw == nullptr && !layout.fields.empty()) {
     return WriteTable(layout.fields, node, record.data(), error);
@@ -140,3 +131,5 @@ bool ReadRecord(const RecordLayout& layout, const toml::node& node, Bytes& recor
   const Field whole = {layout.name, 0, layout.size, FieldKind::kBytes};
   return WriteBytes(whole, node, record.data(), error);
 }
+
+}  // namespace simulator

@@ -1,5 +1,6 @@
-#include "configuration/traffic.h"
+#include "configuration/tables.h"
 
+namespace simulator {
 namespace {
 
 bool ReadRate(Where node, DeviceConfiguration& device, ConfigurationError& error) {
@@ -26,3 +27,5 @@ bool ReadUpdate(Where node, DeviceConfiguration& device, ConfigurationError& err
   if (table == nullptr) return RefuseValue(node, "update wants a [device.update] table", error);
   return ReadKeys(*table, kUpdateKeys, device, error);
 }
+
+}  // namespace simulator

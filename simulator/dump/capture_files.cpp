@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 
+namespace simulator {
 namespace {
 
 constexpr mode_t kFileMode = 0640;  // traffic is not for everyone
@@ -165,3 +166,5 @@ bool CaptureFiles::RemoveOldest(std::string& reason) {
   there_.emplace_back();
   return true;
 }
+
+}  // namespace simulator

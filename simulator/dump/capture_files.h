@@ -5,6 +5,8 @@
 #include <deque>
 #include <string>
 
+namespace simulator {
+
 // What a capture writes and where. Either file_name is given, or directory and pattern. Texts are
 // UTF-8; relative paths start at the process's folder.
 struct CaptureTarget {
@@ -76,3 +78,5 @@ class CaptureFiles {
   uint32_t last_number_ = 0;
   uint64_t begun_ = 0;
 };
+
+}  // namespace simulator

@@ -9,6 +9,7 @@
 
 #include "state/folder.h"
 
+namespace simulator {
 namespace {
 
 constexpr struct flock kWholeFile = {.l_type = F_WRLCK, .l_whence = SEEK_SET};
@@ -59,3 +60,5 @@ bool CapturePage::is_there() const {
   struct stat facts;
   return fstat(file_, &facts) == 0 && facts.st_nlink > 0;
 }
+
+}  // namespace simulator

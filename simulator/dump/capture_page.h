@@ -13,6 +13,8 @@
 #include "device/corvane_api.h"
 #include "tap/frame_path.h"
 
+namespace simulator {
+
 enum class CaptureState : uint32_t {
   kNone,     // there was none
   kRunning,  // in a page that nobody holds: was killed
@@ -96,3 +98,5 @@ class CapturePage {
   int file_ = -1;
   SharedCapture* shared_ = nullptr;
 };
+
+}  // namespace simulator

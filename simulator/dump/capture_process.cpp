@@ -11,6 +11,7 @@
 #include <cstring>
 #include <span>
 
+namespace simulator {
 namespace {
 
 constexpr int kReportFile = 3;  // in the background: after the standard ones
@@ -166,3 +167,5 @@ bool ForgetCapture(const CapturePlace& place) {
   if (!StopCapture(place)) return false;
   return unlink(PagePath(place).c_str()) == 0 || errno == ENOENT;
 }
+
+}  // namespace simulator

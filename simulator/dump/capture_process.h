@@ -7,6 +7,8 @@
 #include "dump/capture_page.h"
 #include "dump/capture_run.h"
 
+namespace simulator {
+
 // Where a capture is found: the state folder and the device's name.
 struct CapturePlace {
   std::string folder;
@@ -35,3 +37,5 @@ bool StopCapture(const CapturePlace& place);
 
 // Ends the capture and forgets what it said.
 bool ForgetCapture(const CapturePlace& place);
+
+}  // namespace simulator

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdlib>
 
+namespace simulator {
 namespace {
 
 constexpr int64_t kNsPerMs = 1'000'000;
@@ -165,3 +166,5 @@ void CaptureRun::Finish(CapturePage& page, bool well) {
   const CaptureState state = well ? CaptureState::kEnded : CaptureState::kFailed;
   page.shared().report.Store(Report(state, HostClockNs()));
 }
+
+}  // namespace simulator

@@ -8,6 +8,8 @@
 #include "dump/capture_writer.h"
 #include "traffic/traffic_source.h"
 
+namespace simulator {
+
 struct CaptureOrder {
   CaptureSettings settings;
   SourceSettings source;  // without its times
@@ -45,3 +47,5 @@ class CaptureRun {
   LostFrames source_lost_[CORVANE_PORTS] = {};
   uint64_t writer_lost_[CORVANE_PORTS] = {};  // frames
 };
+
+}  // namespace simulator

@@ -11,6 +11,7 @@
 
 #include "dump/pcapng.h"
 
+namespace simulator {
 namespace {
 
 constexpr const char* kApplication = "Corvane simulator";
@@ -190,3 +191,5 @@ void CaptureWriter::Append(const std::vector<uint8_t>& blocks) {
   memcpy(&cache_[used_], blocks.data(), blocks.size());
   used_ += blocks.size();
 }
+
+}  // namespace simulator

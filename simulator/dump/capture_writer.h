@@ -15,6 +15,8 @@
 #include "dump/capture_files.h"
 #include "tap/frame_path.h"
 
+namespace simulator {
+
 class CaptureWriter {
  public:
   CaptureWriter() = default;
@@ -88,3 +90,5 @@ class CaptureWriter {
   State state_ = State::kClosed;
   std::string reason_;
 };
+
+}  // namespace simulator

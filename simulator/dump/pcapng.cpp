@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kSectionHeader = 0x0A0D0D0A;
@@ -150,3 +151,5 @@ uint64_t CapturedBytes(const uint8_t* blocks, size_t size) {
   }
   return bytes;
 }
+
+}  // namespace simulator

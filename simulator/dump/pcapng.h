@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace simulator {
+
 // What readers take at most as the captured length of one packet.
 inline constexpr uint32_t kLongestPacket = 262144;
 
@@ -52,3 +54,5 @@ size_t WholeBlocks(const uint8_t* blocks, size_t size);
 
 // The captured bytes of all packets in size bytes of whole blocks.
 uint64_t CapturedBytes(const uint8_t* blocks, size_t size);
+
+}  // namespace simulator

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+namespace simulator {
 namespace {
 
 // Takes the bytes just written off the end again, unless another program's are behind them.
@@ -45,3 +46,5 @@ bool WriteJournal(const std::string& path, const std::string& line) {
   errno = error;
   return well;
 }
+
+}  // namespace simulator

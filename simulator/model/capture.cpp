@@ -3,6 +3,9 @@
 #include <cstring>
 
 #include "model/clock.h"
+#include "model/device_records.h"
+
+namespace simulator {
 
 CapturePlace CapturePlaceOf(const Call& call) {
   return {call.state.folder(), call.device.name};
@@ -25,17 +28,17 @@ CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames) {
 
 // First without keeping others from writing, for mostly there is nothing to tell. Then with it:
 // settings reach the capture in their order.
-void FollowConfiguration(Call& call) {
+bool FollowConfiguration(Call& call) {
   const CapturePlace place = CapturePlaceOf(call);
   for (const bool writing : {false, true}) {
-    if (!CaptureIsRunning(place)) return;
+    if (!CaptureIsRunning(place)) return true;
     CaptureSettings settings;
     if (call.state.Begin(writing)) settings = CurrentCaptureSettings(call, false);
     if (writing && !call.state.failed()) ChangeCapture(place, settings);
-    if (!call.state.Commit()) {
-      ComplainOnce(call.state.failure());
-      return;
-    }
-    if (CaptureFollows(place, settings)) return;
+    if (!call.state.Commit()) return false;
+    if (CaptureFollows(place, settings)) return true;
   }
+  return true;
 }
+
+}  // namespace simulator

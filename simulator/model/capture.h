@@ -2,7 +2,9 @@
 #pragma once
 
 #include "dump/capture_process.h"
-#include "library/library.h"
+#include "model/call.h"
+
+namespace simulator {
 
 CapturePlace CapturePlaceOf(const Call& call);
 
@@ -10,5 +12,7 @@ CapturePlace CapturePlaceOf(const Call& call);
 CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames);
 
 // Gives the capture of the device, when one runs, the present configuration, in transactions of its
-// own: to be called outside of one. Complains when it cannot.
-void FollowConfiguration(Call& call);
+// own: to be called outside of one. False when the state cannot be read.
+bool FollowConfiguration(Call& call);
+
+}  // namespace simulator

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <chrono>
 
+#include "model/facts.h"
+
+namespace simulator {
 namespace {
 
 constexpr const char* kOffset = "clock_offset";
@@ -10,15 +13,26 @@ constexpr const char* kSource = "clock_source";
 // More than any clock can be set ahead or behind; what is damaged must not overflow.
 constexpr int64_t kMostOffset = int64_t{1} << 62;
 
+template <class Unit>
+int64_t HostTime() {
+  return std::chrono::duration_cast<Unit>(std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
+
 }  // namespace
 
 int64_t HostNs() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+  return HostTime<std::chrono::nanoseconds>();
+}
+
+int64_t HostMs() {
+  return HostTime<std::chrono::milliseconds>();
 }
 
 int64_t ClockOffsetNs(Call& call) {
-  return std::clamp(NumberFact(call, kOffset), -kMostOffset, kMostOffset);
+  int64_t offset_ns = 0;
+  ReadFact(call, kOffset, offset_ns);
+  return std::clamp(offset_ns, -kMostOffset, kMostOffset);
 }
 
 int64_t DeviceNs(Call& call) {
@@ -26,11 +40,14 @@ int64_t DeviceNs(Call& call) {
 }
 
 std::optional<uint32_t> ClockSource(Call& call) {
-  if (!call.state.Fact(call.device.name, kSource, sizeof(int64_t))) return std::nullopt;
-  return static_cast<uint32_t>(NumberFact(call, kSource));
+  int64_t source = 0;
+  if (!ReadFact(call, kSource, source)) return std::nullopt;
+  return static_cast<uint32_t>(source);
 }
 
 void SetClock(Call& call, uint32_t source, int64_t offset_ns) {
-  call.state.SetFact(call.device.name, kOffset, FactOf(offset_ns));
-  call.state.SetFact(call.device.name, kSource, FactOf(source));
+  SetFact(call, kOffset, offset_ns);
+  SetFact(call, kSource, int64_t{source});
 }
+
+}  // namespace simulator

@@ -1,13 +1,17 @@
 // The clock of a simulated device: it runs like the host's (CLOCK_REALTIME) and is ahead of it by
-// an offset, 0 until the clock is set. All times are nanoseconds since the Unix epoch, UTC.
+// an offset, 0 until the clock is set. All times are nanoseconds (HostMs: milliseconds) since the
+// Unix epoch, UTC.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 
-#include "library/library.h"
+#include "model/call.h"
+
+namespace simulator {
 
 int64_t HostNs();
+int64_t HostMs();
 
 // The device's clock minus the host's.
 int64_t ClockOffsetNs(Call& call);
@@ -20,3 +24,5 @@ std::optional<uint32_t> ClockSource(Call& call);
 
 // Sets the clock by its offset, and notes from where it was set (coded like timestamp_source).
 void SetClock(Call& call, uint32_t source, int64_t offset_ns);
+
+}  // namespace simulator

@@ -6,6 +6,7 @@
 
 #include "device/corvane_api.h"
 
+namespace simulator {
 namespace {
 
 constexpr std::string_view kFirstLine = "CORVANE-FIRMWARE 1";
@@ -89,3 +90,5 @@ FirmwareFile ReadFirmwareFile(const std::string& path) {
   firmware.status = valid ? CORVANE_OK : CORVANE_UPDATE_FILE_INVALID;
   return firmware;
 }
+
+}  // namespace simulator

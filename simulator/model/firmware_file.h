@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 
+namespace simulator {
+
 struct FirmwareFile {
   int32_t status;     // 0, CORVANE_UPDATE_FILE_UNREADABLE or CORVANE_UPDATE_FILE_INVALID
   int32_t type_code;  // of the devices that it is for
@@ -26,3 +28,5 @@ FirmwareFile ReadFirmwareFile(const std::string& path);
 
 // Reads the header at the beginning of the text. False when it is wrong, or longer than the text.
 bool ReadFirmwareHeader(std::string_view text, FirmwareFile& firmware);
+
+}  // namespace simulator

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <ctime>
 
+namespace simulator {
 namespace {
 
 struct Satellite {
@@ -137,3 +138,5 @@ std::string NmeaSentences(const GpsSecond& second) {
   return NmeaSentence(Rmc(second, utc)) + NmeaSentence(Gga(second, utc)) +
          NmeaSentence(Gsa(second)) + Gsv(second) + NmeaSentence(Zda(utc));
 }
+
+}  // namespace simulator

@@ -4,11 +4,9 @@
 #include <cstdint>
 #include <string>
 
-struct GpsPosition {
-  double latitude = 47.3769;  // degrees, north positive, -90 to 90
-  double longitude = 8.5417;  // degrees, east positive, -180 to 180
-  double altitude = 408;      // metres above mean sea level
-};
+#include "configuration/gps_position.h"
+
+namespace simulator {
 
 enum class GpsFix : uint8_t { kNone, k2d, k3d };
 
@@ -30,3 +28,5 @@ std::string NmeaSentences(const GpsSecond& second);
 // A whole sentence: "$", the body, "*", its checksum (the exclusive or of the body's bytes, two
 // hexadecimal digits), CR LF.
 std::string NmeaSentence(const std::string& body);
+
+}  // namespace simulator

@@ -1,19 +1,11 @@
 #include "records/factory_records.h"
 
-#include <cstring>
-
 #include "device/capabilities.h"
 #include "device/corvane_api.h"
 #include "records/factory_status.h"
 
+namespace simulator {
 namespace {
-
-template <class Record>
-Bytes BytesOf(const Record& record) {
-  Bytes bytes(sizeof record);
-  memcpy(bytes.data(), &record, sizeof record);
-  return bytes;
-}
 
 Bytes Features(uint32_t capabilities) {
   FeaturesRecord features = {};
@@ -101,3 +93,5 @@ Bytes FactoryRecord(std::string_view layout, uint32_t capabilities) {
   }
   return Bytes(FindLayout(layout)->size);
 }
+
+}  // namespace simulator

@@ -4,6 +4,7 @@
 
 #include "device/capabilities.h"
 
+namespace simulator {
 namespace {
 
 enum : int32_t { kLinkDown = 5, k1Gbps = 2, k10Gbps = 3 };
@@ -118,3 +119,5 @@ TimingStatusRecord FactoryTimingStatus() {
   status.timestamp_source = kLive;
   return status;
 }
+
+}  // namespace simulator

@@ -5,6 +5,8 @@
 
 #include "device/corvane_api.h"
 
+namespace simulator {
+
 // In a field that the factory leaves open: it follows the rest of the device (its features, its
 // port control, its clock) when the record is read, unless the configuration file gives it.
 inline constexpr uint32_t kLive = UINT32_MAX;
@@ -18,3 +20,5 @@ PoeMeasures FactoryPoeMeasures();
 
 // A receiver that is locked, its clock steered by its PPS.
 TimingStatusRecord FactoryTimingStatus();
+
+}  // namespace simulator

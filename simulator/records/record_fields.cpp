@@ -4,6 +4,7 @@
 
 #include "device/corvane_api.h"
 
+namespace simulator {
 namespace {
 
 #define FIELD(record, name) \
@@ -193,3 +194,5 @@ const RecordLayout* FindLayout(std::string_view name) {
   }
   return nullptr;
 }
+
+}  // namespace simulator

@@ -2,12 +2,22 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+namespace simulator {
+
 using Bytes = std::vector<uint8_t>;
+
+template <class Record>
+Bytes BytesOf(const Record& record) {
+  Bytes bytes(sizeof record);
+  memcpy(bytes.data(), &record, sizeof record);
+  return bytes;
+}
 
 enum class FieldKind : uint8_t {
   kInteger,  // little-endian, width bytes, signed or not
@@ -37,8 +47,4 @@ struct RecordLayout {
 const RecordLayout* FindLayout(std::string_view name);
 std::span<const RecordLayout> AllLayouts();
 
-// What is wrong with a configuration file, and where.
-struct ConfigurationError {
-  uint32_t line = 0;  // 0 when no line is to blame
-  std::string reason;
-};
+}  // namespace simulator

@@ -5,6 +5,7 @@
 
 #include "state/folder.h"
 
+namespace simulator {
 namespace {
 
 constexpr int kSetUpRetryMs = 5;
@@ -204,3 +205,5 @@ void DeviceState::Restart(std::string_view device) {
   Run("DELETE FROM configuration WHERE device = ? AND layer = 'current'", {device});
   Run("DELETE FROM fact WHERE device = ?", {device});
 }
+
+}  // namespace simulator

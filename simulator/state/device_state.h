@@ -17,6 +17,8 @@
 
 #include "records/record_fields.h"
 
+namespace simulator {
+
 struct DatabaseDeleter {
   void operator()(sqlite3* database) const { sqlite3_close(database); }
 };
@@ -75,3 +77,5 @@ class DeviceState {
   std::string path_;
   std::string failure_;  // the first since Begin
 };
+
+}  // namespace simulator

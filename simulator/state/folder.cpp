@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 
+namespace simulator {
 namespace {
 
 namespace fs = std::filesystem;
@@ -102,3 +103,5 @@ int OpenStateFile(const std::string& path, int flags, std::string& reason) {
   if (file >= 0) close(file);
   return -1;
 }
+
+}  // namespace simulator

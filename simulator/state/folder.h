@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+namespace simulator {
+
 // Finds the folder and makes it when it is not there. CORVANE_SIM_STATE names it; else it is below
 // XDG_STATE_HOME or the home folder, and then it must belong to the user or to root. Returns its
 // path without links, or nothing with a reason for people: nothing says where it is, it cannot be
@@ -24,3 +26,5 @@ bool IsStateFile(const struct stat& facts);
 // Opens a file of the folder for reading and writing; flags are more of those of open(). Returns
 // the descriptor, or -1 with a reason for people.
 int OpenStateFile(const std::string& path, int flags, std::string& reason);
+
+}  // namespace simulator

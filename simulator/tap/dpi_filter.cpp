@@ -3,6 +3,7 @@
 #include "device/capabilities.h"
 #include "tap/filters.h"
 
+namespace simulator {
 namespace {
 
 constexpr size_t kBlock = 16;  // positions looked at together
@@ -76,3 +77,5 @@ bool DpiFilter::Keeps(const uint8_t* bytes, size_t length) const {
   }
   return FindsFrom(bytes, last);
 }
+
+}  // namespace simulator

@@ -8,6 +8,8 @@
 #include "device/corvane_api.h"
 #include "tap/frame.h"
 
+namespace simulator {
+
 // ---- Packet filter
 
 // An IP address filter. A record does not tell the version of the address, so that there are three
@@ -101,3 +103,5 @@ class DpiFilter {
   size_t size_ = 0;                     // bytes from the first to the last demanded one
   size_t anchors_[2] = {};              // of the demanded bytes the two that tell most
 };
+
+}  // namespace simulator

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kAddresses = 12;  // bytes of the two MAC addresses
@@ -158,3 +159,5 @@ FrameFacts ParseFrame(const RawFrame& frame) {
   }
   return facts;
 }
+
+}  // namespace simulator

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+namespace simulator {
+
 struct RawFrame {
   const uint8_t* bytes;  // from the destination MAC on, without the frame check sequence
   uint32_t length;       // bytes there
@@ -48,3 +50,5 @@ struct FrameFacts {
 
 // Never reads past frame.length; any bytes do. The facts hold as long as the frame's bytes do.
 FrameFacts ParseFrame(const RawFrame& frame);
+
+}  // namespace simulator

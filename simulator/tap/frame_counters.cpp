@@ -5,6 +5,7 @@
 #include <iterator>
 #include <limits>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kShortest = 64;
@@ -145,3 +146,5 @@ void CountAtPort(const CountedFrame& frame, uint64_t times, PortStatistics& port
   if ((frame.conditions & kCountHwDropped) != 0) port.hw_dropped += times;
   port.total_bytes += times * frame.size;
 }
+
+}  // namespace simulator

@@ -7,6 +7,8 @@
 
 #include "device/corvane_api.h"
 
+namespace simulator {
+
 // What the conditions of a counter ask for.
 inline constexpr uint32_t kCountIpv4 = 0x001;
 inline constexpr uint32_t kCountIpv6 = 0x002;
@@ -122,3 +124,5 @@ class CounterBank {
 // group): a jabber is longer than 1518 bytes and has a bad CRC, a CRC error is not and has. The
 // traffic is full duplex: there are no collisions.
 void CountAtPort(const CountedFrame& frame, uint64_t times, PortStatistics& port);
+
+}  // namespace simulator

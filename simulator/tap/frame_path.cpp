@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kCrcSize = 4;
@@ -105,3 +106,5 @@ bool FramePath::Process(const RawFrame& frame, KeptFrame& kept) {
   if (keeps_crc_) AppendCrc(frame, kept);
   return true;
 }
+
+}  // namespace simulator

@@ -10,6 +10,8 @@
 #include "tap/frame.h"
 #include "tap/frame_counters.h"
 
+namespace simulator {
+
 struct PathSettings {
   FeaturesRecord features;
   PacketFilterRecord filter;
@@ -75,3 +77,5 @@ class FramePath {
   PathCounts counts_ = {};         // without the configurable counters
   std::vector<uint8_t> with_crc_;  // the kept frame when its frame check sequence is
 };
+
+}  // namespace simulator

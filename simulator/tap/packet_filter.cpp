@@ -6,6 +6,7 @@
 #include "device/capabilities.h"
 #include "tap/filters.h"
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kMatchAnyMac = CORVANE_MATCH_DST_MAC | CORVANE_MATCH_SRC_MAC;
@@ -139,3 +140,5 @@ bool PacketFilter::VlanMatches(const FrameFacts& facts) const {
   return std::any_of(facts.vlans, facts.vlans + facts.vlan_count,
                      [this](uint16_t id) { return vlan_.Matches(id); });
 }
+
+}  // namespace simulator

@@ -7,6 +7,8 @@
 #include <span>
 #include <string_view>
 
+namespace simulator {
+
 class ByteWriter {
  public:
   explicit ByteWriter(std::span<uint8_t> room) : room_(room) {}
@@ -39,3 +41,5 @@ class ByteWriter {
   std::span<uint8_t> room_;
   size_t at_ = 0;
 };
+
+}  // namespace simulator

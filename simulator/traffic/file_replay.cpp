@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 
+namespace simulator {
 namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;
@@ -115,3 +116,5 @@ Supply FileReplay::Next(int64_t now_ns, const StreamClock& clock, RawFrame& fram
   has_frame_ = false;
   return Supply::kFrame;
 }
+
+}  // namespace simulator

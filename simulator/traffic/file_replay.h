@@ -10,6 +10,8 @@
 #include "configuration/port_source.h"
 #include "traffic/port_stream.h"
 
+namespace simulator {
+
 struct PcapDeleter {
   void operator()(pcap_t* pcap) const { pcap_close(pcap); }
 };
@@ -53,3 +55,5 @@ class FileReplay {
   int64_t due_ns_ = 0;
   std::string reason_;
 };
+
+}  // namespace simulator

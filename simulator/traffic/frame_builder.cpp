@@ -5,6 +5,7 @@
 #include "traffic/byte_writer.h"
 #include "traffic/frame_payload.h"
 
+namespace simulator {
 namespace {
 
 constexpr uint16_t kFcsSize = 4;
@@ -168,3 +169,5 @@ std::vector<uint8_t> BuildFrame(const Frame& frame, uint32_t seed) {
   }
   return bytes;
 }
+
+}  // namespace simulator

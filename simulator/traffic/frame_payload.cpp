@@ -4,6 +4,7 @@
 
 #include "traffic/byte_writer.h"
 
+namespace simulator {
 namespace {
 
 // Bytes that mean nothing, the same for the same seed.
@@ -232,3 +233,5 @@ void FillLldp(const Frame& frame, std::span<uint8_t> unit) {
   out.Fill(text, 'd');
   out.Put16(0);
 }
+
+}  // namespace simulator

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <span>
 
-#include "traffic/mix_counts.h"
+#include "traffic/mix.h"
+
+namespace simulator {
 
 // Fills the payload of a TCP or UDP packet, to its end.
 void FillPayload(const Frame& frame, uint32_t seed, std::span<uint8_t> payload);
@@ -17,3 +19,5 @@ void FillMessage(const Frame& frame, uint32_t seed, std::span<uint8_t> message);
 
 // Fills what follows the EtherType of an LLDP frame.
 void FillLldp(const Frame& frame, std::span<uint8_t> unit);
+
+}  // namespace simulator

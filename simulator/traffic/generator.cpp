@@ -3,8 +3,9 @@
 #include <algorithm>
 
 #include "traffic/frame_builder.h"
-#include "traffic/mix_counts.h"
+#include "traffic/mix.h"
 
+namespace simulator {
 namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;
@@ -87,3 +88,5 @@ Supply Generator::Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame
   Advance();
   return Supply::kFrame;
 }
+
+}  // namespace simulator

@@ -6,6 +6,8 @@
 #include "configuration/port_source.h"
 #include "traffic/port_stream.h"
 
+namespace simulator {
+
 class Generator {
  public:
   // The frames of the mix for the port. Without a rate of its own the port gets them at the times
@@ -50,3 +52,5 @@ class Generator {
   int64_t due_ns_ = 0;
   LostFrames lost_ = {};
 };
+
+}  // namespace simulator

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+namespace simulator {
 namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;
@@ -132,3 +133,5 @@ LostFrames LiveInterface::lost() {
 int LiveInterface::descriptor() const {
   return pcap_get_selectable_fd(pcap_.get());
 }
+
+}  // namespace simulator

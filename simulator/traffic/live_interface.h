@@ -9,6 +9,8 @@
 #include "traffic/file_replay.h"
 #include "traffic/port_stream.h"
 
+namespace simulator {
+
 class LiveInterface {
  public:
   // After this time at most the kernel shows a frame that it has received.
@@ -48,3 +50,5 @@ class LiveInterface {
   uint64_t total_bytes_ = 0;
   std::string reason_;
 };
+
+}  // namespace simulator

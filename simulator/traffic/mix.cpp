@@ -1,6 +1,7 @@
 // The built-in mix: a small office on port A, its servers and the way to the Internet on port B.
-#include "traffic/mix_counts.h"
+#include "traffic/mix.h"
 
+namespace simulator {
 namespace {
 
 constexpr uint8_t kA = 0;
@@ -110,3 +111,5 @@ constexpr Frame kMix[] = {
 Cycle TrafficCycle() {
   return kMix;
 }
+
+}  // namespace simulator

@@ -2,6 +2,7 @@
 
 #include "tap/frame_counters.h"
 
+namespace simulator {
 namespace {
 
 uint32_t NetworkCondition(Network network) {
@@ -65,3 +66,5 @@ PortStatistics CountPort(Cycle cycle, uint64_t frames, uint8_t port) {
   }
   return statistics;
 }
+
+}  // namespace simulator

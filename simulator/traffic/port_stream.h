@@ -8,6 +8,8 @@
 
 #include "tap/frame.h"
 
+namespace simulator {
+
 enum class Supply : uint8_t {
   kFrame,  // there is one
   kLater,  // none yet
@@ -38,3 +40,5 @@ constexpr int64_t TimeOfFrame(int64_t start_ns, uint64_t index, int64_t rate) {
   return start_ns + static_cast<int64_t>(index / per_second * kSecond +
                                          index % per_second * kSecond / per_second);
 }
+
+}  // namespace simulator

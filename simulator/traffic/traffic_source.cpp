@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <ctime>
 
+namespace simulator {
 namespace {
 
 constexpr int64_t kNsPerMs = 1'000'000;
@@ -179,3 +180,5 @@ uint64_t TrafficSource::waiting(int64_t now_ns) const {
   }
   return bytes;
 }
+
+}  // namespace simulator

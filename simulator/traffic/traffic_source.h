@@ -8,6 +8,8 @@
 #include "traffic/generator.h"
 #include "traffic/live_interface.h"
 
+namespace simulator {
+
 // All times are on the host's clock, but for those of the frames given.
 struct SourceSettings {
   PortSource ports[2];
@@ -66,3 +68,5 @@ class TrafficSource {
   int64_t clock_offset_ns_ = 0;
   std::string reason_;
 };
+
+}  // namespace simulator
