@@ -1,5 +1,5 @@
 // Direct capture. The facts of a device hold its configuration; a process in the background does
-// the work and tells how it goes.
+// the work and reports on it.
 #include "model/capture.h"
 
 #include <algorithm>
@@ -62,7 +62,7 @@ void SetTexts(Call& call, std::initializer_list<DumpText> texts) {
   }
   for (const DumpText& text : texts) {
     const std::string utf8 = Utf8Of(text.text);
-    const char* end = utf8.c_str() + utf8.size() + 1;  // a fact has a byte at least
+    const char* end = utf8.c_str() + utf8.size() + 1;  // a fact has at least one byte
     call.state.SetFact(call.device.name, std::string("dump_") + text.name,
                        Bytes(utf8.c_str(), end));
   }
@@ -87,7 +87,7 @@ int32_t Configure(const char* function, DeviceHandle device, const Config& recor
 
 // ---- Status
 
-// The maximum of the cache is that of the configuration, which may be newer than the last capture.
+// The cache maximum comes from the configuration, which may be newer than the last capture.
 DiskDumpStatus CurrentStatus(Call& call) {
   DiskDumpStatus status = ReadCapture(CapturePlaceOf(call)).status;
   DumpSettings settings = {};

@@ -1,4 +1,4 @@
-// The configuration records: read, written and saved alike.
+// The configuration records, all of which are read, written and saved in the same way.
 #include <cstring>
 
 #include "device/capabilities.h"
@@ -53,7 +53,7 @@ int32_t CorvaneAPISetDeviceFeatures(DeviceHandle device, FeaturesRecord features
   return SetRecord(__func__, device, 0, "features", features);
 }
 
-// The device stores all that it has besides its filters.
+// The device stores everything but its filters.
 int32_t CorvaneAPISaveDeviceFeatures(DeviceHandle device) {
   return SaveRecords(__func__, device, 0, {"features", "ports_speed", "counters_v2"});
 }

@@ -64,7 +64,7 @@ void CorvaneApiDeviceListFree(DeviceList* list) {
   PlainCall(__func__, "", status);
   const auto held = HeldLists().find(list);
   if (held == HeldLists().end()) return;
-  // The strictest that a library can be: what works here works on a library that lets handles live.
+  // As strict as a library can be: what works here also works where handles live on.
   for (const DeviceNode& node : held->second->nodes) TheLibrary().handles.erase(node.handle);
   HeldLists().erase(held);
 }

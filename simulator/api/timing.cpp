@@ -13,7 +13,7 @@ namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;  // ns
 
-// The GPS receiver knows the time by itself; all other sources bring theirs along.
+// The GPS receiver knows the time; with every other source the caller gives it.
 bool IsSettable(const TimingTimeRecord& time) {
   if (time.time_source == CORVANE_TIME_GPS) return true;
   const bool known = time.time_source == CORVANE_TIME_SYSTEM ||
@@ -39,8 +39,7 @@ void FillRtc(int64_t device_ns, TimingStatusRecord& status) {
   status.rtc_day = static_cast<uint32_t>(utc.tm_mday);
 }
 
-// A clock that was not set since the start is as the configuration says that it starts; the codes
-// of both are the same.
+// Until the clock is set, its source is the one that the features name; both use the same codes.
 uint32_t LiveSource(Call& call) {
   if (const auto source = ClockSource(call)) return *source;
   return Current<FeaturesRecord>(call, "features").tssource;

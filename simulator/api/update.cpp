@@ -1,5 +1,4 @@
-// Firmware update. The file is read when the update starts; what came of it is told with the
-// progress.
+// Firmware update. The file is read when the update starts; the progress calls report the result.
 #include <algorithm>
 #include <cstring>
 
@@ -18,7 +17,7 @@ constexpr const char* kUpdate = "update";
 
 // The fact that an update was started.
 struct Update {
-  int64_t start_ms;        // host's time
+  int64_t start_ms;        // on the host's clock
   VersionRecord versions;  // the device's after the update
   int32_t status;          // how it ends
 };
@@ -39,7 +38,7 @@ int32_t StartUpdate(Call& call, const FirmwareFile& firmware) {
   return CORVANE_OK;
 }
 
-// The device stores its new versions at the end, once and for all.
+// The device stores its new versions for good, at the end.
 int32_t FinishUpdate(Call& call, const Update& update) {
   call.state.SetConfiguration(call.device.name, "versions", BytesOf(update.versions));
   call.state.SaveConfiguration(call.device.name, "versions");

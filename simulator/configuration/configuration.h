@@ -18,7 +18,7 @@ namespace simulator {
 // A record as the configuration file gives it.
 struct GivenRecord {
   Bytes bytes;
-  bool raw;  // given as a whole, in hexadecimal: served as it is, whatever the device would say
+  bool raw;  // given as a whole, in hexadecimal: served as it is, whatever the device has
 };
 
 // What every read of the GPS output gives, whatever the receiver would say.
@@ -34,7 +34,7 @@ struct DeviceConfiguration {
   uint32_t capabilities = 0;
   VersionRecord versions = {};
   std::vector<std::string> hw_firmwares;
-  std::optional<HwFirmwaresDesc> hw_firmwares_record;  // given as a whole: goes before the names
+  std::optional<HwFirmwaresDesc> hw_firmwares_record;  // given as a whole: replaces the names
   int64_t boot_ms = 0;          // how long the device is away after a restart
   GpsPosition position;         // of its GPS antenna
   int64_t traffic_rate = 1000;  // frames per second, both ports together
@@ -44,8 +44,8 @@ struct DeviceConfiguration {
   std::map<std::string, GivenRecord, std::less<>> records;  // by the layout's name
 };
 
-// Calls to fail: the nth call of the function in a process (any when call is 0) and none before the
-// first to fail, for one device or all of them.
+// Calls of the function that fail: only that call in a process, or any when call is 0, but none
+// before the call from; for one device or for all.
 struct Fault {
   std::string function;
   std::optional<std::string> device;  // its name
@@ -57,9 +57,9 @@ struct Fault {
 struct Configuration {
   uint32_t library_version = 0;   // packed, lowest byte first
   std::string journal;            // path; empty for none
-  int64_t lock_wait_ms = 20'000;  // for other programs on the state: hundreds may stand in line
+  int64_t lock_wait_ms = 20'000;  // for other programs that use the state: hundreds may queue
   std::vector<DeviceConfiguration> devices;
-  std::optional<int32_t> device_count;  // that the device list claims, whatever it has
+  std::optional<int32_t> device_count;  // what the device list claims instead of its own
   std::vector<Fault> faults;
 };
 
@@ -70,15 +70,15 @@ struct ConfigurationError {
 };
 
 // Reads the configuration in the named file. Nothing, with the error filled, when the file cannot
-// be read or is wrong. Relative paths in it are taken from the file's folder.
+// be read or is wrong. Relative paths in it start at the file's folder.
 std::optional<Configuration> ReadConfigurationFile(const std::string& path,
                                                    ConfigurationError& error);
 
-// Reads the text of a configuration file; path names it in relative paths only.
+// Reads the text of a configuration file. Relative paths in it start at the folder of path.
 std::optional<Configuration> ReadConfiguration(std::string_view text, const std::string& path,
                                                ConfigurationError& error);
 
-// The configuration that serves when no file is named: three devices of different models whose
+// The configuration when no file is named: three devices of different models whose
 // capabilities together reach every command.
 extern const char kBuiltinConfiguration[];
 

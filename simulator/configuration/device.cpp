@@ -64,7 +64,7 @@ bool ReadHwFirmware(Where node, DeviceConfiguration& device, ConfigurationError&
   return true;
 }
 
-// A record in hexadecimal digits that may stand beside keys for what is in it.
+// Reads a record in hexadecimal digits that other keys give field by field.
 template <class Record>
 bool ReadWhole(Where node, const char* name, Record& record, ConfigurationError& error) {
   Bytes bytes(sizeof record);
@@ -73,7 +73,7 @@ bool ReadWhole(Where node, const char* name, Record& record, ConfigurationError&
   return true;
 }
 
-// Keys are read in alphabetical order: the versions given by themselves came before.
+// Keys are read in alphabetical order: the single versions were read before.
 bool ReadVersions(Where node, DeviceConfiguration& device, ConfigurationError& error) {
   return ReadWhole(node, "versions", device.versions, error);
 }
@@ -119,8 +119,8 @@ constexpr Key<DeviceConfiguration> kDeviceKeys[] = {
     {"update", ReadUpdate},
 };
 
-// Reads the records of the device's table. What they leave open is as the factory made it, which
-// depends on the capabilities: read those first.
+// Reads the records of the device's table. Fields that they leave out have their factory values,
+// which depend on the capabilities: those must be read before.
 bool ReadRecords(const toml::table& table, DeviceConfiguration& device, ConfigurationError& error) {
   for (const RecordLayout& layout : AllLayouts()) {
     const toml::node* node = table.get(layout.name);

@@ -1,12 +1,12 @@
-// The names of the library's functions.
+// Which functions of the library can fail.
 #pragma once
 
 #include <string_view>
 
 namespace simulator {
 
-// True for a function whose failure its caller can see: one that returns a status, or the device
-// list, which then is null.
+// True for a function of the library that can tell its caller of a failure: by a status, or by a
+// device list that is null.
 bool CanFail(std::string_view function);
 
 }  // namespace simulator

@@ -1,6 +1,6 @@
-// Reading a configuration file key by key: each table of the file has an array of its keys, and
-// what no array names is an error. All readers return false with the error filled when the value at
-// the node is not what they want.
+// Reading a configuration file key by key: each table of the file has an array of its keys, and a
+// key that is not in it is an error. All readers return false with the error filled when the value
+// at the node is not what they expect.
 #pragma once
 
 #include <toml++/toml.h>
@@ -25,14 +25,14 @@ bool ReadText(Where node, std::string& value, ConfigurationError& error);
 // Four numbers of 0 to 255 like "1.2.3.4", in the order of the text.
 bool ReadVersion(Where node, uint8_t (&numbers)[4], ConfigurationError& error);
 
-// A key of a table of the file and how it is read into the target.
+// A key of a table and the function that reads it into the target.
 template <class Target>
 struct Key {
   const char* name;
   bool (*read)(Where node, Target& target, ConfigurationError& error);
 };
 
-// Reads every key of the table but the records, which have their own layouts.
+// Reads every key of the table except records, which have layouts of their own.
 template <class Target, size_t kCount>
 bool ReadKeys(const toml::table& table, const Key<Target> (&keys)[kCount], Target& target,
               ConfigurationError& error) {

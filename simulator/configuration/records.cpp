@@ -11,7 +11,7 @@ bool WriteInteger(const Field& field, Where node, uint8_t* at, ConfigurationErro
   const bool whole = value != nullptr || node.is_boolean();
   if (!whole) return RefuseValue(node, std::string(field.name) + " wants an integer", error);
   const int64_t number = value != nullptr ? value->get() : (node.as_boolean()->get() ? 1 : 0);
-  // Both readings of the bits are welcome: -1 and 0xffffffff fill a 32-bit field alike.
+  // Signed and unsigned numbers will do: -1 and 0xffffffff mean the same in a 32-bit field.
   const int64_t high = (int64_t{1} << (8 * field.width)) - 1;
   if (number > high || number < -(high / 2) - 1) {
     return RefuseValue(node, std::string(field.name) + " does not hold this number", error);

@@ -21,8 +21,8 @@ tm UtcOf(int64_t time_ns) {
   return utc;
 }
 
-// Where the extension begins: the end of the name when there is none. A dot that begins the name
-// hides the file.
+// Where the extension begins: the end of the name when there is none. A dot at the beginning hides
+// the file and begins no extension.
 size_t ExtensionOf(const std::string& name) {
   const size_t dot = name.rfind('.');
   return dot == std::string::npos || dot == 0 ? name.size() : dot;
@@ -40,7 +40,7 @@ std::string Formatted(const char* format, const tm& time) {
   return std::string(text, strftime(text, sizeof text, format, &time));
 }
 
-// What stands for %letter; nothing special is the placeholder itself.
+// What %letter stands for; an unknown one stands for itself.
 std::string Replacement(char letter, const std::string& device_name, const tm& time) {
   if (letter == 'N') return device_name;
   for (const Placeholder& placeholder : kPlaceholders) {
@@ -115,8 +115,8 @@ bool CaptureFiles::HasNext() const {
 int CaptureFiles::Begin(int64_t time_ns, std::string& reason) {
   if (!RemoveOldest(reason)) return -1;
   const std::string name = NameAt(time_ns);
-  // A number is not used again in the same second, even when its file has made room: names then
-  // follow the order of the files.
+  // A number is not used twice in a second, even when its file has made room: so the names keep the
+  // order of the files.
   uint32_t number = name == last_name_ ? last_number_ + 1 : 0;
   int file;
   do {
@@ -151,12 +151,12 @@ std::string CaptureFiles::NameAt(int64_t time_ns) const {
   return PatternName(target_.pattern, target_.device_name, time_ns);
 }
 
-// Leaves an empty name for the file to come.
+// Adds an empty name for the next file.
 bool CaptureFiles::RemoveOldest(std::string& reason) {
   const bool bounded = target_.loop && target_.file_count > 0;
   if (!bounded) there_.clear();
   if (bounded && there_.size() >= target_.file_count) {
-    // Somebody may have taken it away.
+    // Somebody may have removed it.
     if (unlinkat(folder_descriptor_, there_.front().c_str(), 0) != 0 && errno != ENOENT) {
       reason = Failure(folder_ + "/" + there_.front(), errno);
       return false;

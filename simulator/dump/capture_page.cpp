@@ -28,7 +28,7 @@ bool CapturePage::Map() {
   return true;
 }
 
-// The room on the disk is taken now: a page without would end the process when it is written.
+// The room on the disk is taken now: writing to a page without room would end the process.
 bool CapturePage::Hold(const std::string& path, std::string& reason) {
   file_ = OpenStateFile(path, O_CREAT, reason);
   struct flock lock = kWholeFile;

@@ -1,6 +1,6 @@
 // The file that a capture in the background shares with every program on the same device state:
-// what the capture says of itself, and the configuration that it is to follow. The process that
-// holds the file's record lock is the capture; the kernel frees the lock however the process ends.
+// the capture's report, and the configuration that it is to follow. The process that holds the
+// file's record lock is the capture; the kernel frees the lock however the process ends.
 #pragma once
 
 #include <sys/types.h>
@@ -17,7 +17,7 @@ namespace simulator {
 
 enum class CaptureState : uint32_t {
   kNone,     // there was none
-  kRunning,  // in a page that nobody holds: was killed
+  kRunning,  // in a page that nobody holds: it was killed
   kEnded,
   kFailed
 };
@@ -35,7 +35,7 @@ struct CaptureSettings {
 };
 
 // A value with one writer at a time and any number of readers. A writer may die at any point: it
-// writes to the place that nobody reads, and what counts is the place of the last number.
+// writes to the place that nobody reads, and the last number says which place counts.
 template <class Value>
 class SharedValue {
  public:
@@ -58,7 +58,7 @@ class SharedValue {
     return value;
   }
 
-  // Another number after each store.
+  // Changes with each store.
   uint32_t version() const { return sequence_.load(std::memory_order_acquire); }
 
  private:
@@ -79,13 +79,13 @@ class CapturePage {
   CapturePage& operator=(const CapturePage&) = delete;
 
   // For the capture itself: makes the file or takes the one that is there, and locks it until the
-  // process ends. False with the reason. To be called once a process: the lock would not survive a
-  // second opening.
+  // process ends. False with the reason. To be called once a process: opening and closing the file
+  // again would free the lock.
   bool Hold(const std::string& path, std::string& reason);
 
-  // For all others. False when there is no page.
+  // For everyone else. False when there is no page.
   bool Open(const std::string& path);
-  // The process that holds the page; 0 for none, -1 for one that cannot be told.
+  // The process that holds the page; 0 for none, -1 when there is one that cannot be named.
   pid_t Holder() const;
 
   // True until the file is removed.

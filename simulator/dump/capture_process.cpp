@@ -27,8 +27,8 @@ std::string PagePath(const CapturePlace& place) {
 
 // ---- In the background
 
-// Nothing of the program that started the capture stays open but the pipe to it. That program may
-// have as many files open as it can, its database among them.
+// Of the files of the program that started the capture only the pipe to it stays open. There may be
+// any number of them, the database among them.
 void Detach(int pipe_end) {
   dup2(pipe_end, kReportFile);
   close_range(kReportFile + 1, ~0U, 0);
@@ -51,8 +51,8 @@ void SetSignals() {
   sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// The starting program reads 1 for a capture that runs, else the reason. The end of a process
-// closes the pipe: the program waits for it when the capture does not run.
+// The starting program reads 1 when the capture runs, else the reason. It reads until the pipe is
+// closed, which the end of this process does at the latest.
 void Tell(const std::string& text) {
   [[maybe_unused]] const ssize_t written = write(kReportFile, text.data(), text.size());
 }
@@ -72,8 +72,8 @@ int Work(CapturePage& page, const std::string& page_path, const CaptureOrder& or
   return 0;
 }
 
-// Leaves without the starting program's clean-up, which is not this process's business. The page is
-// held to the end.
+// Ends without the starting program's clean-up, which this process must not do. The page is held to
+// the end.
 [[noreturn]] void RunInBackground(int pipe_end, const CapturePlace& place,
                                   const CaptureOrder& order) {
   SetSignals();

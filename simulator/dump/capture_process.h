@@ -21,11 +21,11 @@ bool StartCapture(const CapturePlace& place, const CaptureOrder& order, std::str
 
 bool CaptureIsRunning(const CapturePlace& place);
 
-// What the capture that runs, else the last one, says of itself. One that was killed has failed.
+// The report of the capture that runs, else of the last one. One that was killed has failed.
 CaptureReport ReadCapture(const CapturePlace& place);
 
-// Gives the capture, when one runs, other settings: they hold for the frames from now on, but for
-// whether CRCs are kept and frames are captured in full. Not to be called by two programs at once.
+// Gives the capture, when one runs, other settings: they hold for frames from now on. Whether CRCs
+// are kept and frames are captured in full stays. Not to be called by two programs at once.
 void ChangeCapture(const CapturePlace& place, const CaptureSettings& settings);
 
 // True when no capture runs, or one to which these settings were given last.
@@ -35,7 +35,7 @@ bool CaptureFollows(const CapturePlace& place, const CaptureSettings& settings);
 // not end.
 bool StopCapture(const CapturePlace& place);
 
-// Ends the capture and forgets what it said.
+// Ends the capture and removes its report.
 bool ForgetCapture(const CapturePlace& place);
 
 }  // namespace simulator

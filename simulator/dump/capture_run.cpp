@@ -57,7 +57,7 @@ bool CaptureRun::Open(const CaptureOrder& order, std::string& reason) {
   return source_.Open(source, reason) && writer_.Open(target, reason);
 }
 
-// What every file says of its interfaces, whether CRCs are kept, cannot change within a capture.
+// Whether CRCs are kept cannot change within a capture: every file says so of its interfaces.
 void CaptureRun::Follow(const CaptureSettings& settings) {
   const uint32_t keep_crc32 = settings_.path.features.keepcrc32;
   const bool full_frames = settings_.path.full_frames;
@@ -70,38 +70,34 @@ void CaptureRun::Follow(const CaptureSettings& settings) {
 }
 
 bool CaptureRun::Keep(const RawFrame& frame) {
-  const uint8_t port = frame.port;
-  ++received_[port];
   KeptFrame kept;
-  if (!path_->Process(frame, kept)) return true;
-  writer_.SetArrivals(port, received_[port] + source_lost_[port].frames,
-                      source_lost_[port].frames + writer_lost_[port]);
-  const uint64_t dropped = writer_.bytes_dropped();
-  const bool written = writer_.Write(kept);
-  if (writer_.bytes_dropped() != dropped) ++writer_lost_[port];
-  return written;
+  if (path_->Process(frame, kept)) return writer_.Write(kept);
+  writer_.PassOver(frame.port);
+  return true;
 }
 
-// Frames until there are none for now, or so many that it is time to look up.
+// Takes frames until there are none for now, or until it is time to look at the clock again.
 Supply CaptureRun::Pump(int64_t now_ns) {
-  bool well = true;
+  bool ok = true;
   const Supply supply = source_.Drain(now_ns, kMostFrames, [&](const RawFrame& frame) {
-    well = Keep(frame);
-    return well && !writer_.ended();
+    ok = Keep(frame);
+    return ok && !writer_.ended();
   });
-  return well ? supply : Supply::kFailed;
+  return ok ? supply : Supply::kFailed;
 }
 
-void CaptureRun::CountLosses() {
+// Tells the writer how many frames the sources have lost by now; returns their bytes.
+uint64_t CaptureRun::CountMissed() {
+  uint64_t bytes = 0;
   for (uint8_t port = 0; port < CORVANE_PORTS; ++port) {
-    source_lost_[port] = source_.lost(port);
-    const uint64_t lost = source_lost_[port].frames;
-    writer_.SetArrivals(port, received_[port] + lost, lost + writer_lost_[port]);
+    const LostFrames lost = source_.lost(port);
+    writer_.SetMissed(port, lost.frames);
+    bytes += lost.bytes;
   }
+  return bytes;
 }
 
 CaptureReport CaptureRun::Report(CaptureState state, int64_t now_ns) {
-  CountLosses();
   CaptureReport report = {};
   report.state = state;
   report.counts = Add(earlier_, path_->counts());
@@ -109,20 +105,19 @@ CaptureReport CaptureRun::Report(CaptureState state, int64_t now_ns) {
   report.status.error = state == CaptureState::kFailed ? 1 : 0;
   report.status.bytes_written = writer_.bytes_written();
   report.status.files_written = writer_.files_written();
-  report.status.bytes_dropped = writer_.bytes_dropped();
+  report.status.bytes_dropped = CountMissed() + writer_.bytes_dropped();
   report.status.max_cache = max_cache_;
   if (state == CaptureState::kRunning) {
     report.status.cache_used = writer_.cache_used() + source_.waiting(now_ns);
   }
   for (uint8_t port = 0; port < CORVANE_PORTS; ++port) {
-    report.status.bytes_dropped += source_lost_[port].bytes;
-    report.frames_lost += source_lost_[port].frames + writer_lost_[port];
+    report.frames_lost += writer_.frames_lost(port);
   }
   return report;
 }
 
 // The host's clock. When it was set, or the machine slept, the traffic goes on at the new time: it
-// neither stops until the old one nor makes up for the time between.
+// neither waits for the old time nor makes up for the time between.
 int64_t CaptureRun::LookAtClock() {
   const int64_t ahead_ns = ClockAheadNs();
   const int64_t step_ns = ahead_ns - clock_ahead_ns_;
@@ -160,10 +155,10 @@ void CaptureRun::Run(CapturePage& page, const volatile bool& stop) {
 }
 
 // The last file is ended in any case.
-void CaptureRun::Finish(CapturePage& page, bool well) {
-  CountLosses();
-  well = writer_.Close() && well;
-  const CaptureState state = well ? CaptureState::kEnded : CaptureState::kFailed;
+void CaptureRun::Finish(CapturePage& page, bool ok) {
+  CountMissed();
+  ok = writer_.Close() && ok;
+  const CaptureState state = ok ? CaptureState::kEnded : CaptureState::kFailed;
   page.shared().report.Store(Report(state, HostClockNs()));
 }
 

@@ -13,7 +13,7 @@ namespace simulator {
 struct CaptureOrder {
   CaptureSettings settings;
   SourceSettings source;  // without its times
-  CaptureTarget target;   // max_cache holds for the sources too
+  CaptureTarget target;   // max_cache is for the sources too
 };
 
 class CaptureRun {
@@ -22,10 +22,10 @@ class CaptureRun {
   bool Open(const CaptureOrder& order, std::string& reason);
 
   // Works until the sources or the files end, something fails, stop becomes true or the page is
-  // removed. Tells the page all the time how it goes, and follows its settings.
+  // removed. Keeps its report in the page up to date and follows the page's settings.
   void Run(CapturePage& page, const volatile bool& stop);
 
-  // What the page is told.
+  // The report for the page.
   CaptureReport Report(CaptureState state, int64_t now_ns);
 
  private:
@@ -33,8 +33,8 @@ class CaptureRun {
   bool Keep(const RawFrame& frame);
   void Follow(const CaptureSettings& settings);
   int64_t LookAtClock();
-  void CountLosses();
-  void Finish(CapturePage& page, bool well);
+  uint64_t CountMissed();
+  void Finish(CapturePage& page, bool ok);
 
   CaptureSettings settings_ = {};
   uint64_t max_cache_ = 0;
@@ -43,9 +43,6 @@ class CaptureRun {
   std::optional<FramePath> path_;
   PathCounts earlier_ = {};     // counted with earlier settings
   int64_t clock_ahead_ns_ = 0;  // of the monotonic clock
-  uint64_t received_[CORVANE_PORTS] = {};
-  LostFrames source_lost_[CORVANE_PORTS] = {};
-  uint64_t writer_lost_[CORVANE_PORTS] = {};  // frames
 };
 
 }  // namespace simulator

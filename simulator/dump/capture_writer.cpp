@@ -19,7 +19,7 @@ constexpr const char* kInterfaces[CORVANE_PORTS] = {"port A", "port B"};
 constexpr size_t kTailSize = CORVANE_PORTS * kStatisticsSize;
 constexpr int64_t kSecond = 1'000'000'000;
 constexpr size_t kWriteSize = size_t{1} << 20;
-// One packet there is always room for, and what ends a file.
+// There is always room for one packet and for what ends a file.
 constexpr size_t kCacheSize = std::max(kWriteSize, PacketBlockSize(kLongestPacket)) + kTailSize;
 
 int64_t HostNs() {
@@ -38,7 +38,7 @@ std::vector<uint8_t> HeadOf(const CaptureTarget& target) {
   return head;
 }
 
-// The file has a name in a folder: writing to one without would be for nobody.
+// True while the file has a name in a folder: nobody could read it without one.
 bool IsThere(int file) {
   struct stat facts;
   return fstat(file, &facts) == 0 && facts.st_nlink > 0;
@@ -67,13 +67,13 @@ bool CaptureWriter::Open(const CaptureTarget& target, std::string& reason) {
 
 bool CaptureWriter::Write(const KeptFrame& frame) {
   if (state_ == State::kEnded) return true;
+  ++ports_[frame.port].seen;
   const uint32_t captured = std::min(frame.length, kLongestPacket);
   const size_t size = PacketBlockSize(captured);
   const bool fits = used_ + size <= cache_limit_ && file_size_ + used_ + size <= size_limit_;
   if (state_ != State::kRunning || (!fits && head_.size() + size > size_limit_)) return Drop(frame);
   if (!fits && !MakeRoom(size)) return Drop(frame);
   if (state_ == State::kEnded) return true;
-  if (!arrivals_[frame.port].told) ++arrivals_[frame.port].received;
   PutPacket(&cache_[used_], {.interface = frame.port,
                              .time_ns = frame.time_ns,
                              .bytes = frame.bytes,
@@ -107,7 +107,7 @@ bool CaptureWriter::Close() {
 bool CaptureWriter::Tick(int64_t now_ns) {
   now_ns_ = now_ns;
   if (state_ != State::kRunning) return state_ != State::kFailed;
-  // A clock that was set back must not hold a file or a flush up.
+  // A clock that was set back must not delay the next file or flush.
   file_start_ns_ = std::min(file_start_ns_, now_ns);
   flushed_ns_ = std::min(flushed_ns_, now_ns);
   const int64_t duration_ns = target_.max_duration * kSecond;
@@ -115,10 +115,6 @@ bool CaptureWriter::Tick(int64_t now_ns) {
   if (now_ns - flushed_ns_ < kSecond) return true;
   flushed_ns_ = now_ns;
   return Flush();
-}
-
-void CaptureWriter::SetArrivals(uint8_t port, uint64_t received, uint64_t lost) {
-  arrivals_[port] = {received, lost, true};
 }
 
 bool CaptureWriter::BeginFile() {
@@ -133,12 +129,13 @@ bool CaptureWriter::BeginFile() {
 
 bool CaptureWriter::EndFile() {
   std::vector<uint8_t> tail;
-  for (uint32_t port = 0; port < CORVANE_PORTS; ++port) {
-    AppendStatistics(tail, {port, now_ns_, arrivals_[port].received, arrivals_[port].lost});
+  for (uint8_t port = 0; port < CORVANE_PORTS; ++port) {
+    const uint64_t arrived = ports_[port].seen + ports_[port].missed;
+    AppendStatistics(tail, {port, now_ns_, arrived, frames_lost(port)});
   }
   Append(tail);
   if (!Flush()) return false;
-  const int closed = close(file_);  // some file systems tell only now that a disk is full
+  const int closed = close(file_);  // some file systems report a full disk only now
   file_ = -1;
   return closed == 0 || errno == EINTR || Fail(files_.current() + ": " + strerror(errno));
 }
@@ -150,7 +147,7 @@ bool CaptureWriter::NextFile() {
   return true;
 }
 
-// Room for a block of that size in the cache and in the file, unless the capture ends.
+// Makes room for a block of that size in the cache and in the file, unless the capture ends.
 bool CaptureWriter::MakeRoom(size_t size) {
   if (file_size_ + used_ + size > size_limit_ && !NextFile()) return false;
   return used_ + size <= cache_limit_ || Flush();
@@ -158,8 +155,7 @@ bool CaptureWriter::MakeRoom(size_t size) {
 
 bool CaptureWriter::Drop(const KeptFrame& frame) {
   bytes_dropped_ += frame.length;
-  Arrivals& arrivals = arrivals_[frame.port];
-  if (!arrivals.told) ++arrivals.received, ++arrivals.lost;
+  ++ports_[frame.port].dropped;
   return state_ != State::kFailed;
 }
 
@@ -171,7 +167,8 @@ bool CaptureWriter::Fail(std::string reason) {
   return false;
 }
 
-// done: bytes of the cache that are in the file already. The last whole block of them ends it.
+// done: bytes of the cache that are in the file already. The file is cut off after the last whole
+// block of them.
 bool CaptureWriter::FailWriting(size_t done, int error) {
   const size_t whole = WholeBlocks(cache_.get(), done);
   bytes_dropped_ += CapturedBytes(&cache_[whole], used_ - whole);

@@ -27,17 +27,17 @@ class CaptureWriter {
   // Begins the first file. False with the reason when it cannot. To be called once.
   bool Open(const CaptureTarget& target, std::string& reason);
 
-  // These return false when a file could not be written or begun: the capture has failed, for good,
-  // and what was written is there in whole blocks. Frames that did not get that far are dropped.
+  // These return false when a file could not be written or begun: then the capture has failed for
+  // good. The file ends with a whole block, and frames that did not get there are dropped.
 
   // A frame that no file has room for is dropped. Begins the next file when this one is full.
   bool Write(const KeptFrame& frame);
-  // Everything waiting goes to the file. Fails too when the file or its folder was removed.
+  // Writes everything that waits to the file. Fails too when the file or its folder was removed.
   bool Flush();
   // Ends the file and the capture. More calls do nothing.
   bool Close();
-  // Tells the time, since the epoch: files are called and change by it. To be called a few times a
-  // second, with and without traffic. Flushes every second.
+  // Tells the writer the time since the epoch, which decides the names of files and when the next
+  // begins. To be called a few times a second, with and without traffic. Flushes every second.
   bool Tick(int64_t now_ns);
 
   // The last file that the target allows is full. Nothing more is taken, and Write drops nothing.
@@ -45,10 +45,13 @@ class CaptureWriter {
   // Why the capture failed; empty when it did not.
   const std::string& reason() const { return reason_; }
 
-  // For the statistics at the end of a file: frames that arrived at the port since the capture
-  // began and those of them that were lost. Without a call they are the frames given to Write and
-  // those dropped here.
-  void SetArrivals(uint8_t port, uint64_t received, uint64_t lost);
+  // The writer keeps the account of each port's frames since the capture began; every file ends
+  // with it. Frames given to Write are in it by themselves. PassOver: a frame arrived that is not
+  // to be kept. SetMissed: how many frames the port lost before anybody saw them.
+  void PassOver(uint8_t port) { ++ports_[port].seen; }
+  void SetMissed(uint8_t port, uint64_t frames) { ports_[port].missed = frames; }
+  // Frames of the port that were lost: missed ones and those dropped here.
+  uint64_t frames_lost(uint8_t port) const { return ports_[port].missed + ports_[port].dropped; }
 
   uint64_t bytes_written() const { return bytes_written_; }  // on disk, in all files
   uint64_t files_written() const { return files_.begun(); }  // with the one being written
@@ -57,10 +60,10 @@ class CaptureWriter {
 
  private:
   enum class State : uint8_t { kClosed, kRunning, kEnded, kFailed };
-  struct Arrivals {
-    uint64_t received;
-    uint64_t lost;
-    bool told;
+  struct PortAccount {  // frames
+    uint64_t seen;
+    uint64_t missed;
+    uint64_t dropped;  // of those seen
   };
 
   bool BeginFile();
@@ -75,7 +78,7 @@ class CaptureWriter {
   CaptureFiles files_;
   CaptureTarget target_;
   uint64_t size_limit_ = 0;    // of a file without its statistics
-  size_t cache_limit_ = 0;     // of used_, unless one packet is longer
+  size_t cache_limit_ = 0;     // for used_, unless one packet is longer
   std::vector<uint8_t> head_;  // how every file begins
   std::unique_ptr<uint8_t[]> cache_;
   size_t used_ = 0;
@@ -86,7 +89,7 @@ class CaptureWriter {
   int64_t flushed_ns_ = 0;
   uint64_t bytes_written_ = 0;
   uint64_t bytes_dropped_ = 0;
-  Arrivals arrivals_[CORVANE_PORTS] = {};
+  PortAccount ports_[CORVANE_PORTS] = {};
   State state_ = State::kClosed;
   std::string reason_;
 };

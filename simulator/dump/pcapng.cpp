@@ -43,7 +43,7 @@ void PutText(std::vector<uint8_t>& out, uint16_t code, std::string_view text) {
   if (!text.empty()) PutOption(out, code, text.data(), text.size() & 0xFFFF);
 }
 
-// Times are two words, the higher one first, whatever the byte order.
+// A time is two words, the higher one first in either byte order.
 void PutTime(std::vector<uint8_t>& out, int64_t time_ns) {
   Put(out, static_cast<uint32_t>(static_cast<uint64_t>(time_ns) >> 32));
   Put(out, static_cast<uint32_t>(time_ns));
@@ -89,7 +89,7 @@ void AppendSectionHeader(std::vector<uint8_t>& out, std::string_view hardware,
   Put(out, kByteOrder);
   Put(out, uint16_t{1});  // version 1.0
   Put(out, uint16_t{0});
-  Put(out, int64_t{-1});  // the section's length is not told
+  Put(out, int64_t{-1});  // the section's length is not given
   PutText(out, kHardware, hardware);
   PutText(out, kApplication, application);
   EndBlock(out, begin);

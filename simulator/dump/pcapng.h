@@ -1,5 +1,5 @@
 // Blocks of a pcapng file (draft-ietf-opsawg-pcapng), in the host's byte order, which the section
-// header tells. Every block is a multiple of four bytes long and holds its length at offset 4.
+// header shows. Every block is a multiple of four bytes long and holds its length at offset 4.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-// What readers take at most as the captured length of one packet.
+// The longest captured length of a packet that readers accept.
 inline constexpr uint32_t kLongestPacket = 262144;
 
 // The beginning of a file. Empty texts are left out.

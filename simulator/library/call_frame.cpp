@@ -46,8 +46,8 @@ int32_t FailState(const DeviceState& state) {
   return kStateFailed;
 }
 
-// The body inside its transaction. It does not run on a state that cannot be read: it may do more
-// than to change it.
+// Runs the body in a transaction. It does not run when the state cannot be read, for it may do more
+// than change the state.
 int32_t RunInTransaction(Call& call, Access access, const std::function<int32_t(Call&)>& body) {
   if (!call.state.Begin(access == Access::kWrite)) return FailState(call.state);
   int32_t status = IsAway(call) ? CORVANE_DEVICE_NOT_FOUND : CORVANE_OK;

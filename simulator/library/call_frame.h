@@ -15,7 +15,7 @@ namespace simulator {
 inline constexpr int32_t kNotOpen = -20;       // the library is not initialised
 inline constexpr int32_t kNotSupported = -21;  // by this device
 inline constexpr int32_t kInvalidArgument =
-    -22;  // a null pointer, an index out of range, nothing to act on
+    -22;  // a null pointer, an index out of range, nothing to work on
 // The device state cannot be read or written: a line on standard error says why.
 inline constexpr int32_t kStateFailed = -23;
 inline constexpr int32_t kCaptureRuns = -24;    // a direct capture runs already
@@ -23,14 +23,16 @@ inline constexpr int32_t kCaptureFailed = -25;  // a direct capture cannot be st
 
 enum class Access : uint8_t { kRead, kWrite };  // what the call does to the state
 
-// Runs the body for the device as one transaction and returns its status, or fails before it: as a
-// fault demands, or because the library is not open, the device not there, a capability missing,
-// the state not to be had. A failing body leaves no trace in the state; a running capture follows
-// what a succeeding one changed. Writes the journal line, with the arguments given.
+// Runs the body for the device as one transaction and returns its status, or fails before it:
+// because of a fault, or because the library is not open, the device is not there, a capability is
+// missing or the state cannot be used. A body that fails leaves no trace in the state; what one
+// that succeeds changed reaches a running capture. Writes the journal line, with the arguments
+// given.
 int32_t DeviceCall(const char* function, DeviceHandle handle, Access access, uint32_t capabilities,
                    const std::string& arguments, const std::function<int32_t(Call& call)>& body);
 
-// A journal line of a call that concerns no device. True when the call is to fail, with the status.
+// Writes the journal line of a call that concerns no device. True when a fault makes the call fail,
+// with the status.
 bool PlainCall(const char* function, const std::string& arguments, int32_t& status);
 
 // " name=00ff..." for the journal.

@@ -9,7 +9,7 @@
 namespace simulator {
 namespace {
 
-// Takes the bytes just written off the end again, unless another program's are behind them.
+// Removes the bytes just written from the end, unless another program's bytes follow them.
 bool TakeBack(int file, size_t size) {
   struct stat facts;
   const off_t end = lseek(file, 0, SEEK_CUR);
@@ -17,8 +17,8 @@ bool TakeBack(int file, size_t size) {
          ftruncate(file, end - static_cast<off_t>(size)) == 0;
 }
 
-// One write a line, so that the lines of concurrent programs do not mix; more only when a disk has
-// no room for all of it.
+// One write for each line, so that lines of concurrent programs do not mix; more writes only when
+// the disk has no room for the whole line.
 bool Append(int file, const std::string& line) {
   size_t done = 0;
   while (done < line.size()) {
@@ -40,11 +40,11 @@ bool WriteJournal(const std::string& path, const std::string& line) {
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
   const int file = open(path.c_str(), flags, 0666);
   if (file < 0) return false;
-  const bool well = Append(file, line);
+  const bool ok = Append(file, line);
   const int error = errno;
   close(file);
   errno = error;
-  return well;
+  return ok;
 }
 
 }  // namespace simulator

@@ -5,8 +5,8 @@
 
 namespace simulator {
 
-// Adds the line, which ends with a line feed, to the file, making it when it is not there. False,
-// with errno set, when it cannot; then the file has no part of the line.
+// Appends the line, which ends with a line feed, to the file, which is made when it is not there.
+// False, with errno set, when that fails; then no part of the line stays in the file.
 bool WriteJournal(const std::string& path, const std::string& line);
 
 }  // namespace simulator

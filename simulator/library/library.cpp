@@ -15,7 +15,7 @@
 namespace simulator {
 namespace {
 
-constexpr DeviceHandle kFirstHandle = 0xC0540000;  // nothing that an index could be taken for
+constexpr DeviceHandle kFirstHandle = 0xC0540000;  // unlike any index
 
 std::optional<Configuration> LoadConfiguration() {
   const char* path = getenv("CORVANE_SIM_CONFIG");

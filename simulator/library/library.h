@@ -17,7 +17,7 @@ struct Library {
   std::map<DeviceHandle, const DeviceConfiguration*> handles;  // of the lists that callers hold
 };
 
-// The one of this process.
+// The only one in this process.
 Library& TheLibrary();
 
 // False, with one line on standard error, when the configuration or the state cannot be used.

@@ -13,7 +13,7 @@ CapturePlace CapturePlaceOf(const Call& call) {
 
 CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames) {
   CaptureSettings settings;
-  memset(&settings, 0, sizeof settings);  // between the fields too: settings are compared
+  memset(&settings, 0, sizeof settings);  // the padding too: settings are compared as bytes
   PathSettings& path = settings.path;
   path.features = Current<FeaturesRecord>(call, "features");
   path.filter = Current<PacketFilterRecord>(call, "packet_filter");
@@ -26,8 +26,8 @@ CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames) {
   return settings;
 }
 
-// First without keeping others from writing, for mostly there is nothing to tell. Then with it:
-// settings reach the capture in their order.
+// The first round does not keep others from writing, for mostly there is nothing to tell. The
+// second does, so that settings reach the capture in their order.
 bool FollowConfiguration(Call& call) {
   const CapturePlace place = CapturePlaceOf(call);
   for (const bool writing : {false, true}) {

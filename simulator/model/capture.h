@@ -1,4 +1,4 @@
-// What a device's capture in the background is told of the device.
+// What the capture in the background needs to know of its device.
 #pragma once
 
 #include "dump/capture_process.h"
@@ -8,11 +8,11 @@ namespace simulator {
 
 CapturePlace CapturePlaceOf(const Call& call);
 
-// The device's present configuration, as far as frames meet it.
+// The part of the device's present configuration that acts on frames.
 CaptureSettings CurrentCaptureSettings(Call& call, bool full_frames);
 
-// Gives the capture of the device, when one runs, the present configuration, in transactions of its
-// own: to be called outside of one. False when the state cannot be read.
+// Passes the present configuration to the capture of the device, when one runs. Uses transactions
+// of its own, so it is to be called outside of one. False when the state cannot be read.
 bool FollowConfiguration(Call& call);
 
 }  // namespace simulator

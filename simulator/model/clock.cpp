@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kOffset = "clock_offset";
 constexpr const char* kSource = "clock_source";
-// More than any clock can be set ahead or behind; what is damaged must not overflow.
+// More than any clock can be set ahead or behind: a damaged offset must not overflow.
 constexpr int64_t kMostOffset = int64_t{1} << 62;
 
 template <class Unit>

@@ -16,13 +16,13 @@ int64_t HostMs();
 // The device's clock minus the host's.
 int64_t ClockOffsetNs(Call& call);
 
-// The device's clock. It cannot be before the epoch.
+// The device's clock, never before the epoch.
 int64_t DeviceNs(Call& call);
 
-// From where the clock was set last; nothing when it was not set since the device started.
+// The source from which the clock was set last; nothing when it was not set since the start.
 std::optional<uint32_t> ClockSource(Call& call);
 
-// Sets the clock by its offset, and notes from where it was set (coded like timestamp_source).
+// Sets the clock by its offset and stores the source (coded like timestamp_source).
 void SetClock(Call& call, uint32_t source, int64_t offset_ns);
 
 }  // namespace simulator

@@ -23,7 +23,8 @@ bool ReadNumber(std::string_view text, Number& number) {
   return failure == std::errc() && stop == end;
 }
 
-// The text up to the separator, which goes with it; all of it when there is none.
+// Takes the text up to the separator, and the separator, off the text; all of it when there is
+// none.
 std::string_view TakeUntil(char separator, std::string_view& text) {
   const size_t length = text.find(separator);
   const std::string_view taken = text.substr(0, length);

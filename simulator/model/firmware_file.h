@@ -1,12 +1,11 @@
-// Firmware files of the simulator: a header of text lines, closed by an empty line, and then
-// anything.
+// Firmware files of the simulator: a header of text lines, an empty line, and then anything.
 //
 //   CORVANE-FIRMWARE 1
 //   type = 11
 //   sw_firmware = 1.9.0.0
 //   hw_firmware = 213
 //
-// The lines stand in this order, the last one may be absent; each ends in a line feed.
+// The lines stand in this order and end in line feeds; the last one may be left out.
 #pragma once
 
 #include <cstdint>

@@ -34,7 +34,7 @@ GpsFix FixOf(const TimingStatusRecord& status) {
   return status.gps_fix == 2 ? GpsFix::k3d : GpsFix::kNone;
 }
 
-// A second as the timing status has the receiver; its time is still to be filled in.
+// One second of the receiver as the timing status describes it; its time is filled in later.
 GpsSecond ReceiverState(const Call& call, const TimingStatusRecord& status) {
   return {.position = call.device.position,
           .fix = FixOf(status),
@@ -48,8 +48,8 @@ void Trim(std::string& text) {
   text.erase(0, text.find('\n', text.size() - kBufferSize) + 1);
 }
 
-// Adds the sentences of the seconds that began since the last time on the device's clock. Measured
-// on the host's, so that setting the device's clock repeats or skips a second at most.
+// Adds the sentences of the seconds of the device's clock that began since the last call. How many
+// is measured on the host's clock, so that setting the device's clock repeats or skips at most one.
 void FillBuffer(Call& call, GpsBuffer& buffer) {
   const int64_t now_ns = HostNs();
   const int64_t offset_ns = ClockOffsetNs(call);

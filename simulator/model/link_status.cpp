@@ -1,4 +1,4 @@
-// What of the link status follows the rest of the device.
+// The link status, of which some fields follow the rest of the device.
 #include "model/device_records.h"
 #include "records/factory_status.h"
 
@@ -7,7 +7,7 @@ namespace {
 
 constexpr int32_t kLinkDown = 5;
 
-// The speeds to which a port can be forced, and the link that comes of it.
+// The speeds to which a port can be forced, and the link that results.
 struct ForcedSpeed {
   uint32_t PortControl::*field;
   int32_t speed;
@@ -21,7 +21,8 @@ constexpr ForcedSpeed kForcedSpeeds[] = {
     {&PortControl::_10txhd, 0, 1},
 };
 
-// The speed to which the port is forced; null when it negotiates, or is told no speed or several.
+// The speed to which the port is forced; null when it negotiates, or is set to no speed or to
+// several.
 const ForcedSpeed* FindForcedSpeed(const PortControl& port) {
   if (port.autoneg != 0) return nullptr;
   const ForcedSpeed* found = nullptr;

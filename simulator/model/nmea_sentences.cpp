@@ -16,7 +16,7 @@ struct Satellite {
   uint32_t strength;   // signal to noise, dB-Hz
 };
 
-// The best heard come first: a receiver uses those.
+// The strongest come first: a receiver uses those.
 constexpr Satellite kSky[kGpsChannels] = {
     {12, 78, 214, 48}, {25, 64, 61, 47},  {29, 55, 288, 46}, {5, 47, 132, 45},
     {2, 38, 301, 43},  {20, 33, 87, 42},  {11, 29, 42, 41},  {31, 24, 193, 39},
@@ -37,8 +37,8 @@ constexpr const char* kVerticalDilution = "1.3";
   return text;
 }
 
-// Degrees and minutes with their hemisphere, like "4722.61400,N". Rounded as one number, so that
-// 59.999999 minutes carry into the degrees.
+// Degrees and minutes with their hemisphere, like "4722.61400,N". Rounded as one number, so
+// that 59.999999 minutes carry over to the degrees.
 std::string Angle(double degrees, int degree_digits, const char* hemispheres) {
   constexpr int64_t kPerMinute = 100'000;
   constexpr int64_t kPerDegree = 60 * kPerMinute;

@@ -12,11 +12,11 @@ enum class GpsFix : uint8_t { kNone, k2d, k3d };
 
 // One second of a receiver.
 struct GpsSecond {
-  int64_t time = 0;  // seconds since the Unix epoch, UTC, in the years 1970 to 9999
+  int64_t time = 0;  // seconds since the Unix epoch, from 1970 to 9999
   GpsPosition position;
   GpsFix fix = GpsFix::kNone;
-  uint32_t satellites_in_view = 0;  // the receiver follows the first kGpsChannels of them
-  uint32_t satellites_used = 0;     // of those that it follows; none without a fix
+  uint32_t satellites_in_view = 0;  // the receiver tracks the first kGpsChannels of them
+  uint32_t satellites_used = 0;     // of those that it tracks; none without a fix
 };
 
 inline constexpr uint32_t kGpsChannels = 12;

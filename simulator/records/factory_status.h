@@ -7,11 +7,11 @@
 
 namespace simulator {
 
-// In a field that the factory leaves open: it follows the rest of the device (its features, its
-// port control, its clock) when the record is read, unless the configuration file gives it.
+// Marks a field that follows the rest of the device (its features, its port control, its clock)
+// when the record is read, unless the configuration file gives it.
 inline constexpr uint32_t kLive = UINT32_MAX;
 
-// Copper ports for a device with a PHY, cages with two modules for one with SFP, else nothing
+// Copper ports for a device with a PHY, two cages with modules for one with SFP, else nothing
 // valid.
 LinkStatusRecord FactoryLinkStatus(uint32_t capabilities);
 

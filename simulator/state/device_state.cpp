@@ -11,7 +11,7 @@ namespace {
 constexpr int kSetUpRetryMs = 5;
 constexpr int kSchemaVersion = 1;
 
-// The version comes last: before it, everything is made again where it is not there.
+// The version comes last: until it is set, the next program makes what is still missing.
 constexpr const char* kSchema =
     "PRAGMA journal_mode = WAL;"
     "CREATE TABLE IF NOT EXISTS configuration ("
@@ -40,7 +40,7 @@ Statement Prepare(sqlite3* database, const char* sql,
   return statement;
 }
 
-// What the database last complained of, and of the system's error when it is behind that.
+// The database's last error, with the system's error when that caused it.
 std::string ReasonOf(sqlite3* database) {
   std::string reason = sqlite3_errmsg(database);
   const int code = sqlite3_errcode(database);
@@ -49,7 +49,7 @@ std::string ReasonOf(sqlite3* database) {
   return from_system && error != 0 ? reason + ": " + strerror(error) : reason;
 }
 
-// The version of the database's tables, 0 when it is new; less when it cannot be read.
+// The version of the database's tables: 0 when it is new, -1 when it cannot be read.
 int SchemaVersion(sqlite3* database) {
   const Statement statement = Prepare(database, "PRAGMA user_version", {});
   if (statement == nullptr || sqlite3_step(statement.get()) != SQLITE_ROW) return -1;
@@ -69,7 +69,7 @@ bool MakeTables(sqlite3* database, int lock_wait_ms) {
   }
 }
 
-// The database and what SQLite puts beside it.
+// True when the database, and each file that SQLite puts beside it, may be used.
 bool FilesAreOurs(const std::string& path, std::string& reason) {
   for (const char* end : {"", "-journal", "-wal", "-shm"}) {
     struct stat facts;
@@ -92,7 +92,7 @@ bool OpenDatabase(const std::string& path, DatabaseHolder& database, std::string
 
 bool SetUp(sqlite3* database, int lock_wait_ms, std::string& reason) {
   sqlite3_busy_timeout(database, lock_wait_ms);
-  // Nothing is lost by leaving the write-ahead log to the next writer, and closing stays cheap.
+  // Leaving the write-ahead log to the next writer loses nothing and keeps closing cheap.
   sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   sqlite3_exec(database, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
   const int version = SchemaVersion(database);

@@ -26,17 +26,17 @@ using DatabaseHolder = std::unique_ptr<sqlite3, DatabaseDeleter>;
 
 class DeviceState {
  public:
-  // Opens the database in the folder, a path without links, and makes it when it does not exist.
-  // Whatever has to wait for other programs does so for lock_wait_ms at most. Returns false with a
-  // reason for people when it cannot.
+  // Opens the database in the folder, a path without links; makes it when it does not exist. Waits
+  // for other programs for at most lock_wait_ms, now and later. False with a reason for people when
+  // it cannot be used.
   bool Open(const std::string& folder, int lock_wait_ms, std::string& reason);
   bool is_open() const { return database_ != nullptr; }
   void Close() { database_.reset(); }
   // The folder of the database that was opened last.
   const std::string& folder() const { return folder_; }
 
-  // One transaction: all that follows until Commit or Rollback happens for other processes at once
-  // or not at all. A writing one waits for its turn. False when the database fails.
+  // One transaction: other processes see everything until Commit at once, and nothing after a
+  // Rollback. A writing one waits for its turn. False when the database fails.
   bool Begin(bool writing);
   // False, with nothing stored, when the database failed at any time since Begin.
   bool Commit();
@@ -46,15 +46,15 @@ class DeviceState {
   bool failed() const { return !failure_.empty(); }
   const std::string& failure() const { return failure_; }
 
-  // What is stored must have the size given, unless that is kAnySize: anything else is damage, of
-  // which nothing is returned.
+  // What is stored must have the size given, unless that is kAnySize; another size is damage, and
+  // nothing is returned.
   static constexpr size_t kAnySize = static_cast<size_t>(-1);
 
   // The device's current record, else its saved one, else nothing.
   std::optional<Bytes> Configuration(std::string_view device, std::string_view record,
                                      size_t size = kAnySize);
   void SetConfiguration(std::string_view device, std::string_view record, const Bytes& bytes);
-  // The device remembers the record from now on as it is.
+  // Saves the current record, so that it survives a restart.
   void SaveConfiguration(std::string_view device, std::string_view record);
 
   std::optional<Bytes> Fact(std::string_view device, std::string_view name, size_t size);
@@ -67,7 +67,7 @@ class DeviceState {
  private:
   void Run(const char* sql, std::initializer_list<std::string_view> texts,
            const Bytes* bytes = nullptr);
-  // device and name: the first two texts of the statement, and the whole of them.
+  // device and name are the texts of the statement.
   std::optional<Bytes> Find(const char* sql, std::string_view device, std::string_view name,
                             size_t size);
   void Fail(const std::string& reason);

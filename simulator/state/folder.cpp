@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kFolderMode = 0775;  // never for everyone to write in, whatever the umask is
+constexpr mode_t kFolderMode = 0775;  // whatever the umask is, not everyone may write in it
 constexpr mode_t kFileMode = 0664;
 
 const char* NamedFolder() {
@@ -22,13 +22,13 @@ const char* NamedFolder() {
   return folder == nullptr || *folder == '\0' ? nullptr : folder;
 }
 
-// The variable's folder; empty when it names none, or one that depends on the current folder.
+// The folder that the variable names; empty when it names none, or a relative one.
 std::string FolderIn(const char* variable) {
   const char* folder = getenv(variable);
   return folder == nullptr || *folder != '/' ? "" : folder;
 }
 
-// The user's home folder as the password database has it; empty when it has none.
+// The user's home folder in the password database; empty when it has none.
 std::string HomeOfUser() {
   char texts[16384];
   passwd entry;
@@ -60,12 +60,12 @@ bool MakeFolder(const fs::path& folder, std::string& reason) {
   return !failure;
 }
 
-// Who names a folder trusts those who can write there.
+// Someone who names a folder trusts everyone who can write in it.
 bool IsTrusted(uid_t owner) {
   return owner == geteuid() || owner == 0 || NamedFolder() != nullptr;
 }
 
-// Why the folder is not to be used; null when it is.
+// Why the folder must not be used; null when it may be.
 const char* Objection(const std::string& folder) {
   struct stat facts;
   if (stat(folder.c_str(), &facts) != 0) return strerror(errno);

@@ -12,18 +12,18 @@ namespace simulator {
 
 // Finds the folder and makes it when it is not there. CORVANE_SIM_STATE names it; else it is below
 // XDG_STATE_HOME or the home folder, and then it must belong to the user or to root. Returns its
-// path without links, or nothing with a reason for people: nothing says where it is, it cannot be
-// made, it is another user's, everyone can write in it.
+// path without links, or nothing with a reason for people when no variable and no home folder says
+// where it is, or when it cannot be made, is another user's or can be written by everyone.
 std::optional<std::string> UseStateFolder(std::string& reason);
 
-// For a file of the folder that is not to be used: it is a link, no plain file, has other names, or
-// it is another user's in a folder that CORVANE_SIM_STATE does not name.
+// The reason for a file of the folder that must not be used: it is a link or no plain file, has
+// other names, or is another user's in a folder that CORVANE_SIM_STATE does not name.
 inline constexpr const char* kForeignFile = "it is a link or belongs to another user";
 
-// Whether the file of these facts, which were not read through a link, may be used.
+// True when the file may be used. The facts are those of lstat or fstat.
 bool IsStateFile(const struct stat& facts);
 
-// Opens a file of the folder for reading and writing; flags are more of those of open(). Returns
+// Opens a file of the folder for reading and writing; flags are added to those of open(). Returns
 // the descriptor, or -1 with a reason for people.
 int OpenStateFile(const std::string& path, int flags, std::string& reason);
 

@@ -9,14 +9,15 @@ namespace simulator {
 namespace {
 
 constexpr uint32_t kCrcSize = 4;
-constexpr size_t kLongestFrame = 262144;  // of the sources; a longer one costs an allocation
+constexpr size_t kLongestFrame =
+    262144;  // that a source gives; a longer one would cost an allocation
 
 uint32_t NetworkCondition(Layer2 layer2) {
   if (layer2 == Layer2::kIp4) return kCountIpv4;
   return layer2 == Layer2::kIp6 ? kCountIpv6 : 0;
 }
 
-// asked: kCount... that some counter asks for.
+// asked: the kCount... bits that some counter asks for.
 uint32_t ConditionsOf(const RawFrame& frame, const FrameFacts& facts, uint32_t asked) {
   uint32_t conditions = frame.crc_ok ? kCountCrcOk : 0;
   if (frame.hw_dropped) conditions |= kCountHwDropped;

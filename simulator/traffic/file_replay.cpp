@@ -12,7 +12,7 @@ namespace simulator {
 namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;
-// In 2067. A file may claim any time; of such ones three can be added up.
+// In 2067. A file may claim any time; the sum of three up to this one does not overflow.
 constexpr int64_t kLatestNs = std::numeric_limits<int64_t>::max() / 3;
 
 int64_t TimeOf(const pcap_pkthdr& header) {
@@ -22,9 +22,8 @@ int64_t TimeOf(const pcap_pkthdr& header) {
 
 }  // namespace
 
-// The file is opened here, for libpcap reads it with the standard library: mapped (m), the bytes
-// are copied once less. A file that is cut short meanwhile ends the process, and with it the
-// capture.
+// The file is opened here, for libpcap reads it with the standard library: mapping it (m) saves one
+// copy of the bytes. If the file is cut short meanwhile, the process ends, and with it the capture.
 bool FileReplay::OpenFile(std::string& reason) {
   pcap_.reset();
   FILE* file = fopen(source_.file.c_str(), "rbme");
@@ -54,8 +53,8 @@ bool FileReplay::Open(const PortSource& source, uint8_t port, int64_t rate, int6
   return OpenFile(reason);
 }
 
-// Begins anew, after the mean interval of the frames, which may not be in the order of their times.
-// False at the end.
+// Begins again, one mean interval of the frames later. Frames may not be in the order of their
+// times. False at the end.
 bool FileReplay::Rewind() {
   if (!source_.repeat || round_count_ == 0) return false;
   const int64_t span = std::max<int64_t>(0, last_ns_ - first_ns_);

@@ -1,5 +1,5 @@
-// A pcap or pcapng file as a port's traffic. The file's frames are taken as without frame check
-// sequence and as received well.
+// A pcap or pcapng file as a port's traffic. The frames in the file are taken to have no frame
+// check sequence and to have arrived without errors.
 #pragma once
 
 #include <pcap/pcap.h>
@@ -19,20 +19,21 @@ using Pcap = std::unique_ptr<pcap_t, PcapDeleter>;
 
 class FileReplay {
  public:
-  // False with the reason when the file cannot be read or is not one of Ethernet frames. rate: for
-  // Pace::kRate, when the source has none of its own.
+  // False with the reason when the file cannot be read or does not have Ethernet frames. rate is
+  // for Pace::kRate when the source has no rate of its own.
   bool Open(const PortSource& source, uint8_t port, int64_t rate, int64_t start_ns,
             std::string& reason);
 
-  // The next frame, when it is due; its bytes stay until the next call. due_ns is its time in any
-  // case.
+  // The members of a stream (port_stream.h). Nothing is lost: a file waits.
+  static constexpr int64_t kDelayNs = 0;
   Supply Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame);
   int64_t due_ns() const { return due_ns_; }
-  // The clock was set: all times to come are later by so much, unless they are those of the file.
+  int descriptor() const { return -1; }
   void Shift(int64_t by_ns);
-  // The frames have the times of the file, not those of their arrival.
   bool keeps_times() const { return source_.pace == Pace::kFast; }
-  const std::string& reason() const { return reason_; }  // of Supply::kFailed
+  LostFrames lost() const { return {}; }
+  uint64_t waiting(int64_t /*now_ns*/) const { return 0; }
+  const std::string& reason() const { return reason_; }
 
  private:
   bool OpenFile(std::string& reason);

@@ -28,7 +28,7 @@ void PutChecksum(Room at, uint32_t sum) {
   ByteWriter(at).Put16(~sum);
 }
 
-// The sum over the addresses, the protocol and the length, which TCP, UDP and ICMPv6 check as well.
+// The sum over the addresses, the protocol and the length, which TCP, UDP and ICMPv6 check too.
 uint32_t PseudoSum(const Frame& frame, size_t size) {
   uint32_t sum = static_cast<uint32_t>(size) + frame.transport;
   for (const Host* host : {frame.source, frame.destination}) {
@@ -39,7 +39,7 @@ uint32_t PseudoSum(const Frame& frame, size_t size) {
 
 // ---- Transport
 
-// What a handshake agrees on, as far as there is room.
+// The options of a handshake, as many as there is room for.
 void PutSynOptions(ByteWriter& out, size_t size) {
   constexpr uint8_t kOptions[kMostOptions] = {2, 4, 5, 180, 4, 2, 8, 10, 0, 0,
                                               1, 0, 0, 0,   0, 0, 1, 3,  3, 7};
@@ -86,7 +86,7 @@ void FillTransport(const Frame& frame, uint32_t seed, Room packet) {
 
 // ---- Network
 
-// The shortest frames carry a header alone, and padding.
+// The shortest frames carry only a header and padding.
 size_t TransportSize(const Frame& frame, size_t room) {
   if (frame.size > kShortest) return room;
   if (frame.transport == kTcp) return kTcpHeader;
@@ -128,7 +128,7 @@ void FillIpv6(const Frame& frame, uint32_t seed, Room packet) {
 void FillArp(const Frame& frame, Room packet) {
   const bool request = frame.source_port == 1;
   constexpr uint8_t kNobody[CORVANE_MAC_SIZE] = {};
-  constexpr uint8_t kRouter[] = {192, 168, 10, 1};  // whom requests look for
+  constexpr uint8_t kRouter[] = {192, 168, 10, 1};  // the address that requests ask for
   ByteWriter out(packet);
   out.Put32(0x00010800);
   out.Put16(0x0604);

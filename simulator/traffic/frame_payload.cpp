@@ -7,7 +7,7 @@
 namespace simulator {
 namespace {
 
-// Bytes that mean nothing, the same for the same seed.
+// Meaningless bytes, the same for the same seed.
 void FillNoise(ByteWriter& out, uint32_t seed) {
   uint32_t state = seed * 2654435761U + 12345U;
   while (out.left() > 0) {
@@ -21,7 +21,8 @@ void FillNoise(ByteWriter& out, uint32_t seed) {
 constexpr size_t kQuestionSize = 28;  // a name of 24 bytes in labels, type and class
 
 void PutQuestion(ByteWriter& out, size_t size) {
-  const size_t label = size - 4 - 6;  // beside the label "net", the lengths and the end
+  const size_t label =
+      size - 4 - 6;  // without type and class, the label "net", the lengths and the end
   out.Put8(static_cast<uint32_t>(label));
   out.Fill(label, 'a');
   out.Put("\3net");
@@ -226,7 +227,7 @@ void FillLldp(const Frame& frame, std::span<uint8_t> unit) {
   out.Put16(0x0403);  // port: a local name
   out.Put8(7);
   out.Put("p1");
-  out.Put16(0x0602);  // for so many seconds
+  out.Put16(0x0602);  // time to live, in seconds
   out.Put16(120);
   const size_t text = out.left() - 4;
   out.Put16(0x0C00 + static_cast<uint32_t>(text));  // description

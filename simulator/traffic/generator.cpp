@@ -50,7 +50,7 @@ void Generator::Shuffle() {
   }
 }
 
-// The times are those of the positions, whatever the order of the frames.
+// A time belongs to a position of the round, whichever frame is there.
 void Generator::Advance() {
   if (++next_ == packets_.size()) {
     next_ = 0;

@@ -10,19 +10,22 @@ namespace simulator {
 
 class Generator {
  public:
-  // The frames of the mix for the port. Without a rate of its own the port gets them at the times
-  // at which they stand in the whole mix, which has mix_rate frames per second. max_waiting: how
-  // many bytes of frames may be due and not yet fetched; the oldest of more are lost.
+  // The frames of the mix for the port. Without a rate of its own the port gets them at their times
+  // in the whole mix, which has mix_rate frames per second. max_waiting: how many bytes of frames
+  // may be due and not yet fetched; when there are more, the oldest are lost.
   void Open(const PortSource& source, uint8_t port, int64_t mix_rate, uint64_t max_waiting,
             int64_t start_ns);
 
-  // The next frame, when it is due; its bytes stay. due_ns is its time in any case.
+  // The members of a stream (port_stream.h). The bytes of all frames stay valid.
+  static constexpr int64_t kDelayNs = 0;
   Supply Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame);
   int64_t due_ns() const { return due_ns_; }
-  // The clock was set: all times to come are later by so much.
+  int descriptor() const { return -1; }
   void Shift(int64_t by_ns) { start_ns_ += by_ns, due_ns_ += by_ns; }
+  bool keeps_times() const { return false; }
   LostFrames lost() const { return lost_; }
-  uint64_t waiting(int64_t now_ns) const;  // bytes that are due and not yet fetched
+  uint64_t waiting(int64_t now_ns) const;
+  std::string reason() const { return {}; }
 
  private:
   struct Packet {

@@ -7,7 +7,7 @@ namespace simulator {
 namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;
-constexpr int kSnapLength = 262144;  // what libpcap takes at most
+constexpr int kSnapLength = 262144;  // the most that libpcap takes
 constexpr int kTimeoutMs = 20;
 constexpr uint64_t kFcsSize = 4;
 
@@ -31,7 +31,7 @@ std::string FailureText(pcap_t* pcap, int status) {
   return *detail != '\0' ? detail : pcap_statustostr(status);
 }
 
-// Frames come in blocks of the ring, each after the timeout at the latest.
+// The ring gives frames in blocks, each after the timeout at the latest.
 void SetOptions(pcap_t* pcap, uint64_t max_waiting) {
   constexpr uint64_t kLeast = 2 << 20;
   constexpr uint64_t kMost = 1 << 30;
@@ -76,8 +76,8 @@ RawFrame LiveInterface::Count(const pcap_pkthdr& header, const uint8_t* bytes) {
   return {bytes, header.caplen, header.len, port_, true, false, host_ns};
 }
 
-// What it means that libpcap had none: at the end the frames that the kernel does not show yet are
-// waited for.
+// The supply when libpcap had no frame. A stream that was told to end first waits for frames that
+// the kernel does not show yet.
 Supply LiveInterface::WithoutFrame(int count, int64_t now_ns, const StreamClock& clock) {
   if (count < 0) {
     reason_ = name_ + ": " + pcap_geterr(pcap_.get());
@@ -86,7 +86,7 @@ Supply LiveInterface::WithoutFrame(int count, int64_t now_ns, const StreamClock&
   return clock.end_ns <= now_ns - kDelayNs ? Supply::kEnded : Supply::kLater;
 }
 
-// libpcap gives a block back to the kernel after its last frame: the bytes are copied.
+// The bytes are copied, for libpcap gives a block back to the kernel after its last frame.
 void LiveInterface::Copy(u_char* self, const pcap_pkthdr* header, const u_char* bytes) {
   auto& live = *reinterpret_cast<LiveInterface*>(self);
   memcpy(live.bytes_.get(), bytes, header->caplen);

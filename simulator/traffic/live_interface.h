@@ -13,25 +13,25 @@ namespace simulator {
 
 class LiveInterface {
  public:
-  // After this time at most the kernel shows a frame that it has received.
-  static constexpr int64_t kDelayNs = 40'000'000;
-
   // False with the reason when the interface cannot be opened. The ring takes at most max_waiting
   // bytes, but 2 MB at least and 1 GB at most.
   bool Open(const PortSource& source, uint8_t port, uint64_t max_waiting, std::string& reason);
 
-  // The next frame that is there; its bytes stay until the next call.
+  // The members of a stream (port_stream.h). The kernel gives the times. It counts the frames for
+  // which the ring had no room, but not their bytes: the mean length of the others stands in.
+  static constexpr int64_t kDelayNs = 40'000'000;
   Supply Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame);
-
-  // Gives the frames that are there, so many at most, without copying them: the bytes stay for as
-  // long as take runs. Ends when take returns false; kFrame when more may be there.
-  Supply Drain(int64_t now_ns, const StreamClock& clock, int most, const TakeFrame& take);
-  const std::string& reason() const { return reason_; }  // of Supply::kFailed
-  // Frames for which the ring had no room. The kernel does not tell their lengths: they are taken
-  // as long as the others on average.
-  LostFrames lost();
-  // Readable when a frame is there.
+  int64_t due_ns() const { return kNeverNs; }
   int descriptor() const;
+  void Shift(int64_t /*by_ns*/) {}
+  bool keeps_times() const { return false; }
+  LostFrames lost();
+  uint64_t waiting(int64_t /*now_ns*/) const { return 0; }
+  const std::string& reason() const { return reason_; }
+
+  // Gives at most that many of the frames that are there, without copying them: the bytes stay
+  // until take returns. kEnded after take has returned false, kFrame when more may be there.
+  Supply Drain(int64_t now_ns, const StreamClock& clock, int most, const TakeFrame& take);
 
  private:
   struct Draining;

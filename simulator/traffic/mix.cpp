@@ -7,8 +7,8 @@ namespace {
 constexpr uint8_t kA = 0;
 constexpr uint8_t kB = 1;
 
-// ---- Hosts. Addresses are private ones and those set aside for documentation (RFC 5737, RFC
-// 3849); the MAC addresses of stations are locally administered.
+// ---- Hosts. Addresses are private or set aside for documentation (RFC 5737, RFC 3849); the MAC
+// addresses of stations are locally administered.
 
 // 2001:db8:subnet::station
 constexpr std::array<uint8_t, 16> Ipv6(uint8_t subnet, uint8_t station) {
@@ -95,7 +95,7 @@ constexpr Frame kMix[] = {
     {kA, 222, k4, kUdp, &kPhone, &kExchange, 16402, 16404, 0, 30},
     {kB, 222, k4, kUdp, &kExchange, &kPhone, 16404, 16402, 0, 30},
     {kA, 1400, k6, kUdp, &kCamera, &kFiles, 20010, 20010, 0, 40},
-    // Echoes and what the network says to itself.
+    // Echoes, and the talk of the network itself.
     {kA, 102, k4, kIcmp, &kLaptop, &kRouter, 8, 0},
     {kB, 102, k4, kIcmp, &kRouter, &kLaptop, 0, 0},
     {kB, 122, k6, kIcmp6, &kRouter, &kAllNodes6, 134, 0},

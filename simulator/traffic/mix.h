@@ -1,5 +1,5 @@
 // The traffic at a simulated device's ports: a cycle of frames that repeats for ever at a constant
-// rate. So what any counter shows follows from the time alone, and nothing has to run meanwhile.
+// rate. So every counter follows from the time alone, and nothing has to run meanwhile.
 #pragma once
 
 #include <array>
@@ -36,11 +36,11 @@ enum TcpFlag : uint8_t { kFin = 0x01, kSyn = 0x02, kRst = 0x04, kPsh = 0x08, kAc
 enum class Fate : uint8_t {
   kReceived,
   kBadCrc,    // arrives with a wrong frame check sequence
-  kHwDropped  // arrives well, but the device has no room for it
+  kHwDropped  // arrives whole, but the device has no room for it
 };
 
-// One frame: all that is needed to build its packet, in the order in which a row of a mix reads
-// best.
+// One frame: all that is needed to build its packet, in the order that makes the rows of a mix easy
+// to read.
 struct Frame {    // NOLINT(clang-analyzer-optin.performance.Padding)
   uint8_t port;   // where it arrives: 0 A, 1 B
   uint16_t size;  // bytes, from the destination MAC to the frame check sequence

@@ -23,7 +23,7 @@ CountedFrame Counted(const Frame& frame) {
   return {conditions, frame.size, frame.port, address(*frame.source), address(*frame.destination)};
 }
 
-// How often the frame of the cycle is among the first so many.
+// How often the frame of the cycle is among that many first frames.
 uint64_t TimesOf(Cycle cycle, uint64_t frames, const Frame& frame) {
   const auto position = static_cast<uint64_t>(&frame - cycle.data());
   return frames / cycle.size() + (position < frames % cycle.size() ? 1 : 0);
@@ -31,7 +31,7 @@ uint64_t TimesOf(Cycle cycle, uint64_t frames, const Frame& frame) {
 
 }  // namespace
 
-// In two steps, for a product of the whole time and the rate would not fit.
+// In two steps, for the product of the whole time and the rate would not fit.
 uint64_t FramesAfter(int64_t elapsed_ms, int64_t rate) {
   if (elapsed_ms <= 0) return 0;
   return static_cast<uint64_t>(elapsed_ms / 1000 * rate + elapsed_ms % 1000 * rate / 1000);

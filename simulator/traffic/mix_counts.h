@@ -1,4 +1,4 @@
-// What the first frames of the repeating traffic add up to.
+// Counts over the repeating traffic. frames says how many frames have arrived since its start.
 #pragma once
 
 #include <functional>
@@ -8,8 +8,8 @@
 
 namespace simulator {
 
-// How many frames have arrived after that time at that rate (frames per second). A negative time
-// counts as none.
+// How many frames have arrived after that time at that rate (frames per second); none after a
+// negative time.
 uint64_t FramesAfter(int64_t elapsed_ms, int64_t rate);
 
 struct Tally {
@@ -17,18 +17,16 @@ struct Tally {
   uint64_t bytes = 0;
 };
 
-// Counts those of the first so many frames of the repeating cycle that match.
+// The frames that match, and their bytes.
 Tally CountFrames(Cycle cycle, uint64_t frames, const std::function<bool(const Frame&)>& matches);
 
 // True when the conditions of the counter, the one on the port among them, all hold for the frame.
 bool CounterMatches(const CounterV2Config& counter, const Frame& frame);
 
-// What the counter shows after the first so many frames: packets or bytes, as its mode says.
+// What the counter shows: packets or bytes, as its mode says.
 uint64_t CounterValue(Cycle cycle, uint64_t frames, const CounterV2Config& counter);
 
-// The counters of a port after the first so many frames, as RFC 2819 defines them (etherStats
-// group): a jabber is longer than 1518 bytes and has a bad CRC, a CRC error is not and has. The
-// traffic is full duplex: there are no collisions.
+// The counters of a port (CountAtPort in tap/frame_counters.h).
 PortStatistics CountPort(Cycle cycle, uint64_t frames, uint8_t port);
 
 }  // namespace simulator

@@ -10,14 +10,7 @@ namespace {
 
 constexpr int64_t kNsPerMs = 1'000'000;
 
-template <class... Cases>
-struct Overload : Cases... {
-  using Cases::operator()...;
-};
-template <class... Cases>
-Overload(Cases...) -> Overload<Cases...>;
-
-// As soon as one port's source is set, the other has none of itself.
+// Once the source of one port is set, the other port has only what is set for it.
 SourceKind KindOf(const SourceSettings& settings, uint8_t port) {
   const SourceKind kind = settings.ports[port].kind;
   if (kind != SourceKind::kUnset) return kind;
@@ -65,37 +58,35 @@ bool TrafficSource::Open(const SourceSettings& settings, std::string& reason) {
 // Takes the port's next frame unless one is there. False when the source has failed.
 bool TrafficSource::Look(Port& port, int64_t now_ns) {
   if (port.supply != Supply::kLater) return true;
-  port.supply =
-      std::visit(Overload{[](std::monostate&) { return Supply::kEnded; },
-                          [&](auto& stream) { return stream.Next(now_ns, clock_, port.frame); }},
-                 port.stream);
-  if (port.supply != Supply::kFailed) return true;
-  reason_ = std::visit(Overload{[](const FileReplay& stream) { return stream.reason(); },
-                                [](const LiveInterface& stream) { return stream.reason(); },
-                                [](const auto&) { return std::string(); }},
-                       port.stream);
-  return false;
+  std::visit(
+      [&](auto& stream) {
+        port.supply = stream.Next(now_ns, clock_, port.frame);
+        if (port.supply == Supply::kFailed) reason_ = stream.reason();
+      },
+      port.stream);
+  return port.supply != Supply::kFailed;
 }
 
 void TrafficSource::ShiftClock(int64_t by_ns) {
   for (Port& port : ports_) {
-    std::visit(Overload{[](std::monostate&) {}, [](LiveInterface&) {},  // the kernel has the clock
-                        [&](auto& stream) { stream.Shift(by_ns); }},
-               port.stream);
-    const auto* replay = std::get_if<FileReplay>(&port.stream);
-    if (replay == nullptr || !replay->keeps_times()) port.frame.time_ns += by_ns;
+    std::visit(
+        [&](auto& stream) {
+          stream.Shift(by_ns);
+          if (!stream.keeps_times()) port.frame.time_ns += by_ns;
+        },
+        port.stream);
   }
-  if (clock_.end_ns != StreamClock{}.end_ns) clock_.end_ns += by_ns;
+  if (clock_.end_ns != kNeverNs) clock_.end_ns += by_ns;
 }
 
-// True when no earlier frame can come from the other port. What is not live is never late. A frame
-// from the future is one from before the clock was set back.
+// True when no earlier frame can come from the other port. A frame from the future is one from
+// before the clock was set back.
 bool TrafficSource::IsSettled(const Port& port, const Port& other, int64_t now_ns) const {
   if (other.supply == Supply::kFrame) return port.frame.time_ns <= other.frame.time_ns;
   if (other.supply == Supply::kEnded) return true;
-  const bool live = std::holds_alternative<LiveInterface>(other.stream);
-  return !live || port.frame.time_ns <= now_ns - LiveInterface::kDelayNs ||
-         port.frame.time_ns > now_ns;
+  const auto delay_ns =
+      std::visit([](const auto& stream) { return stream.kDelayNs; }, other.stream);
+  return delay_ns == 0 || port.frame.time_ns <= now_ns - delay_ns || port.frame.time_ns > now_ns;
 }
 
 Supply TrafficSource::Next(int64_t now_ns, RawFrame& frame) {
@@ -105,18 +96,19 @@ Supply TrafficSource::Next(int64_t now_ns, RawFrame& frame) {
     if (port.supply != Supply::kFrame || !IsSettled(port, ports_[1 - i], now_ns)) continue;
     frame = port.frame;
     port.supply = Supply::kLater;
-    const auto* replay = std::get_if<FileReplay>(&port.stream);
-    if (replay == nullptr || !replay->keeps_times()) frame.time_ns += clock_offset_ns_;
+    const bool own_times =
+        std::visit([](const auto& stream) { return stream.keeps_times(); }, port.stream);
+    if (!own_times) frame.time_ns += clock_offset_ns_;
     return Supply::kFrame;
   }
   const bool ended = ports_[0].supply == Supply::kEnded && ports_[1].supply == Supply::kEnded;
   return ended ? Supply::kEnded : Supply::kLater;
 }
 
-// The interface whose frames are all that there can be: they need not wait for others.
+// The interface when no other source can have frames: its frames need not wait for others.
 LiveInterface* TrafficSource::OnlySource() {
   for (int i = 0; i < 2; ++i) {
-    const bool alone = std::holds_alternative<std::monostate>(ports_[1 - i].stream);
+    const bool alone = std::holds_alternative<NoFrames>(ports_[1 - i].stream);
     auto* live = std::get_if<LiveInterface>(&ports_[i].stream);
     if (alone && live != nullptr) return live;
   }
@@ -141,42 +133,36 @@ Supply TrafficSource::Drain(int64_t now_ns, int most, const TakeFrame& take) {
   return Supply::kFrame;
 }
 
-// A short sleep first: what comes meanwhile is then taken in one go, which is much cheaper.
+// A short sleep first: taking in one go what arrives meanwhile is much cheaper.
 void TrafficSource::Wait(int64_t now_ns, int most_ms) const {
   int64_t wait_ns = most_ms * kNsPerMs;
-  pollfd live[2];
-  nfds_t count = 0;
-  for (const Port& port : ports_) {
-    const int64_t due_ns =
-        std::visit(Overload{[&](const Generator& stream) { return stream.due_ns(); },
-                            [&](const FileReplay& stream) { return stream.due_ns(); },
-                            [&](const LiveInterface& stream) {
-                              live[count++] = {stream.descriptor(), POLLIN, 0};
-                              return now_ns + wait_ns;
-                            },
-                            [&](const std::monostate&) { return now_ns + wait_ns; }},
-                   port.stream);
+  pollfd files[2] = {};  // poll passes over negative descriptors
+  for (int i = 0; i < 2; ++i) {
+    const Port& port = ports_[i];
+    int64_t due_ns = 0;
+    std::visit(
+        [&](const auto& stream) {
+          due_ns = stream.due_ns();
+          files[i] = {stream.descriptor(), POLLIN, 0};
+        },
+        port.stream);
     if (port.supply == Supply::kLater) wait_ns = std::min(wait_ns, due_ns - now_ns);
     if (port.supply == Supply::kFrame) wait_ns = std::min(wait_ns, LiveInterface::kDelayNs);
   }
   const timespec pause = {0, pause_ns_};
   nanosleep(&pause, nullptr);
   wait_ns -= pause_ns_;
-  if (wait_ns > kNsPerMs) poll(live, count, static_cast<int>(wait_ns / kNsPerMs));
+  if (wait_ns > kNsPerMs) poll(files, 2, static_cast<int>(wait_ns / kNsPerMs));
 }
 
 LostFrames TrafficSource::lost(uint8_t port) {
-  return std::visit(Overload{[](const Generator& stream) { return stream.lost(); },
-                             [](LiveInterface& stream) { return stream.lost(); },
-                             [](const auto&) { return LostFrames{}; }},
-                    ports_[port].stream);
+  return std::visit([](auto& stream) { return stream.lost(); }, ports_[port].stream);
 }
 
 uint64_t TrafficSource::waiting(int64_t now_ns) const {
   uint64_t bytes = 0;
   for (const Port& port : ports_) {
-    const auto* generator = std::get_if<Generator>(&port.stream);
-    if (generator != nullptr) bytes += generator->waiting(now_ns);
+    bytes += std::visit([&](const auto& stream) { return stream.waiting(now_ns); }, port.stream);
   }
   return bytes;
 }
