@@ -26,14 +26,13 @@ die() {
 
 # The frame path and the writer as the release preset builds them.
 prepare() {
-  local tap=$root/simulator/tap
+  local tap=$root/simulator/tap dump=$root/simulator/dump
   install_packages build measure >&2
   rm -rf "$out"
   mkdir -p "$out"
   g++ -std=c++20 -O2 -flto -DNDEBUG -static-libstdc++ -static-libgcc -I "$root/simulator" \
     -I "$root/src" -o "$out/capture_path" "$root/benchmarks/capture_path.cpp" \
-    "$tap"/{frame,frame_path,frame_counters,packet_types,pcapng,capture_files,capture_writer}.cpp \
-    "$tap"/*_filter.cpp -lpcap -lz
+    "$tap"/*.cpp "$dump"/{pcapng,capture_files,capture_writer}.cpp -lpcap -lz
   python3 "$root/benchmarks/capture_trace.py" "$trace" "$packets"
 }
 

@@ -10,8 +10,10 @@
 #include <cstring>
 #include <string>
 
-#include "tap/capture_writer.h"
+#include "dump/capture_writer.h"
 #include "tap/frame_path.h"
+
+using namespace simulator;
 
 namespace {
 

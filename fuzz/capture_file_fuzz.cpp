@@ -6,7 +6,9 @@
 #include <numeric>
 
 #include "require.h"
-#include "tap/file_replay.h"
+#include "traffic/file_replay.h"
+
+using namespace simulator;
 
 namespace {
 

@@ -4,8 +4,10 @@
 #include <set>
 #include <string_view>
 
-#include "configuration.h"
+#include "configuration/configuration.h"
 #include "require.h"
+
+using namespace simulator;
 
 namespace {
 

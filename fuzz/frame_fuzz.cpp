@@ -9,6 +9,8 @@
 #include "require.h"
 #include "tap/frame_path.h"
 
+using namespace simulator;
+
 namespace {
 
 constexpr size_t kSetup = 64;

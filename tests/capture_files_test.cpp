@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "dump/capture_writer.h"
 #include "support/programs.h"
 #include "support/simulation.h"
-#include "tap/capture_writer.h"
+
+using namespace simulator;
 
 namespace {
 

@@ -7,11 +7,13 @@
 #include <sstream>
 #include <thread>
 
-#include "functions.h"
+#include "configuration/functions.h"
 #include "shell/command_table.h"
 #include "support/expectations.h"
 #include "support/time_server.h"
 #include "support/unread.h"
+
+using namespace simulator;
 
 using namespace corvane;
 

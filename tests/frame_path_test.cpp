@@ -11,6 +11,8 @@
 
 #include "device/capabilities.h"
 
+using namespace simulator;
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "../simulator/nmea_sentences.h"
+#include "model/nmea_sentences.h"
+
+using namespace simulator;
 
 namespace {
 

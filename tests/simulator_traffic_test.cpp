@@ -3,7 +3,9 @@
 #include <cstring>
 #include <string>
 
-#include "../simulator/traffic.h"
+#include "traffic/mix_counts.h"
+
+using namespace simulator;
 
 namespace {
 

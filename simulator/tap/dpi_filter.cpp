@@ -1,11 +1,12 @@
 #include <cstring>
 
 #include "device/capabilities.h"
-#include "filters.h"
+#include "tap/filters.h"
 
+namespace simulator {
 namespace {
 
-constexpr size_t kBlock = 16;  // positions looked at together
+constexpr size_t kBlock = 16;  // positions compared at once
 using Block = uint8_t __attribute__((vector_size(kBlock)));
 
 Block Load(const uint8_t* bytes) {
@@ -20,7 +21,7 @@ bool AnySet(Block block) {
   return (halves[0] | halves[1]) != 0;
 }
 
-// How much seeing the byte tells: filling is everywhere.
+// How rare the byte is in frames: padding is everywhere.
 int Rarity(uint8_t byte) {
   if (byte == 0) return 0;
   return byte == 0xFF || byte == ' ' ? 1 : 2;
@@ -40,7 +41,7 @@ DpiFilter::DpiFilter(const DpiFilterRecord& record, uint32_t capabilities) {
     mask_[i] = 0xFF;
     if (Rarity(value_[i]) > Rarity(value_[anchors_[0]])) anchors_[0] = i;
   }
-  // The second anchor stands as far behind as can be, where it depends least on the first.
+  // The second anchor is as far from the first as possible, where it depends on it least.
   anchors_[1] = anchors_[0] == 0 ? size_ - 1 : 0;
   for (size_t i = 0; i < size_; ++i) {
     if (mask_[i] == 0 || i == anchors_[0]) continue;
@@ -55,7 +56,7 @@ bool DpiFilter::MatchesAt(const uint8_t* window) const {
   return true;
 }
 
-// Positions from first to before last.
+// True when the pattern begins at a position from first up to, not including, last.
 bool DpiFilter::FindsFrom(const uint8_t* first, const uint8_t* last) const {
   for (; first != last; ++first) {
     if (MatchesAt(first)) return true;
@@ -63,7 +64,7 @@ bool DpiFilter::FindsFrom(const uint8_t* first, const uint8_t* last) const {
   return false;
 }
 
-// Most blocks of positions show at once that no window in them has both anchors.
+// For most blocks of positions one comparison shows that no position in them has both anchors.
 bool DpiFilter::Keeps(const uint8_t* bytes, size_t length) const {
   if (size_ == 0) return true;
   if (length < size_) return false;
@@ -76,3 +77,5 @@ bool DpiFilter::Keeps(const uint8_t* bytes, size_t length) const {
   }
   return FindsFrom(bytes, last);
 }
+
+}  // namespace simulator

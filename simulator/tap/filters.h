@@ -6,14 +6,16 @@
 #include <cstdint>
 
 #include "device/corvane_api.h"
-#include "frame.h"
+#include "tap/frame.h"
+
+namespace simulator {
 
 // ---- Packet filter
 
-// An IP address filter. A record does not tell the version of the address, so that there are three
+// An IP address filter. A record does not say which IP version the address has, so there are three
 // readings.
 struct AddressFilter {
-  // The address in network order and ones where it must match.
+  // value: the address in network order; mask: ones where it must match.
   struct Ipv4Reading {
     bool possible;  // else it matches nothing
     uint32_t value;
@@ -24,12 +26,12 @@ struct AddressFilter {
     uint64_t mask[2];
   };
   Ipv4Reading in_four;     // in bytes 0 to 3 of the slot
-  Ipv4Reading in_sixteen;  // in bytes 12 to 15, the others of no significance
+  Ipv4Reading in_sixteen;  // in bytes 12 to 15; the others do not matter
   Ipv6Reading ipv6;
 };
 
-// All criteria that the record uses must hold. What a frame does not have (ports, an IP address, a
-// tag) matches no criterion on it.
+// All criteria that the record uses must hold. A criterion on something that the frame lacks
+// (ports, an IP address, a tag) does not hold.
 class PacketFilter {
  public:
   // The filter lets everything pass unless it is enabled and the device has the Filter capability;
@@ -99,5 +101,7 @@ class DpiFilter {
   std::array<uint8_t, 16> value_ = {};  // from the first demanded byte on; others 0
   std::array<uint8_t, 16> mask_ = {};   // 0xFF for a demanded byte
   size_t size_ = 0;                     // bytes from the first to the last demanded one
-  size_t anchors_[2] = {};              // of the demanded bytes the two that tell most
+  size_t anchors_[2] = {};              // the two demanded bytes that are compared first
 };
+
+}  // namespace simulator

@@ -1,7 +1,8 @@
-#include "frame.h"
+#include "tap/frame.h"
 
 #include <algorithm>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kAddresses = 12;  // bytes of the two MAC addresses
@@ -33,7 +34,7 @@ constexpr int kShortestExtension = 8;
 constexpr uint8_t kJumboOption = 0xC2;
 constexpr int kPorts = 4;
 constexpr int kTcpFields = 16;  // up to the window
-constexpr int kTcpWords = 5;    // of the shortest header, as its length field has it
+constexpr int kTcpWords = 5;    // of the shortest header, in the unit of its length field
 
 uint16_t Read16(const uint8_t* p) {
   return static_cast<uint16_t>(p[0] << 8 | p[1]);
@@ -108,8 +109,8 @@ bool IsJumbogram(uint8_t protocol, const Rest& rest) {
   return protocol == kHopByHop && rest.Has(kShortestExtension) && rest.at[2] == kJumboOption;
 }
 
-// A later fragment's protocol is the one that its fragment header names, unless that is another
-// extension header: then it is unknown.
+// The protocol of a later fragment is the one that its fragment header names; it is unknown when
+// that is another extension header.
 void ParseIpv6(Rest rest, FrameFacts& facts) {
   if (!rest.Has(kIpv6Header) || rest.at[0] >> 4 != 6) return;
   facts.source = rest.at + 8;
@@ -158,3 +159,5 @@ FrameFacts ParseFrame(const RawFrame& frame) {
   }
   return facts;
 }
+
+}  // namespace simulator

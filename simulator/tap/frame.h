@@ -1,4 +1,4 @@
-// A frame as it arrives at a port, and what one pass over its headers tells of it.
+// A frame as it arrives at a port, and what one pass over its headers finds out.
 //
 // Sources: Ethernet II, LLC and FCS: IEEE 802.3. VLAN tags: IEEE 802.1Q. IPv4: RFC 791. IPv6 and
 // its extension headers: RFC 8200, RFC 4302 (authentication). TCP: RFC 9293. UDP: RFC 768.
@@ -6,24 +6,26 @@
 
 #include <cstdint>
 
+namespace simulator {
+
 struct RawFrame {
   const uint8_t* bytes;  // from the destination MAC on, without the frame check sequence
   uint32_t length;       // bytes there
   uint32_t wire_length;  // bytes of the original frame, without the frame check sequence
   uint8_t port;          // 0 A, 1 B
   bool crc_ok;
-  bool hw_dropped;  // arrived well, but the device had no room for it
+  bool hw_dropped;  // arrived whole, but the device had no room for it
   int64_t time_ns;  // the device's clock, since the epoch
 };
 
 enum class Layer2 : uint8_t { kIp4, kIp6, kArp, kOther };
 
 inline constexpr uint32_t kEthernetHeader = 14;  // a shorter frame has no addresses and no type
-inline constexpr uint8_t kMaxVlanTags = 8;       // what has more is Layer2::kOther
+inline constexpr uint8_t kMaxVlanTags = 8;       // a frame with more is Layer2::kOther
 
-// The pointers are into the frame's bytes. What the frame ends before, or what its own lengths
-// leave out (padding after an IP packet), is not there: a frame that ends within its IPv4 header
-// has layer2 kIp4 and no addresses.
+// The pointers are into the frame's bytes. Bytes that are cut off, or that the lengths in the
+// headers leave out (padding after an IP packet), do not count: a frame that ends within its IPv4
+// header has layer2 kIp4 and no addresses.
 struct FrameFacts {
   Layer2 layer2 = Layer2::kOther;  // by the EtherType after all VLAN tags
   uint8_t vlan_count = 0;          // tags, of 802.1Q, 802.1ad (QinQ) and 0x9100
@@ -46,5 +48,8 @@ struct FrameFacts {
   uint16_t tcp_window = 0;
 };
 
-// Never reads past frame.length; any bytes do. The facts hold as long as the frame's bytes do.
+// Takes any bytes and never reads past frame.length. The facts are valid as long as the frame's
+// bytes.
 FrameFacts ParseFrame(const RawFrame& frame);
+
+}  // namespace simulator

@@ -1,17 +1,18 @@
-#include "frame_counters.h"
+#include "tap/frame_counters.h"
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <limits>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kShortest = 64;
 constexpr uint32_t kLongest = 1518;
 
 struct Condition {
-  int32_t CounterV2Config::*wanted;  // 1 true, 0 false, else no matter
+  int32_t CounterV2Config::*wanted;  // 1: must hold, 0: must not, else ignored
   uint32_t bit;
 };
 
@@ -27,7 +28,7 @@ bool IsWanted(int32_t condition) {
   return condition == CORVANE_COUNT_IF_FALSE || condition == CORVANE_COUNT_IF_TRUE;
 }
 
-// Sizes that match lie in smallest to largest, an empty range when none does.
+// The sizes that match are those from smallest to largest; when none does, the range is empty.
 void ReadSize(const CounterV2Config& config, uint32_t& smallest, uint32_t& largest) {
   const int64_t size = config.size;
   int64_t from = size;
@@ -145,3 +146,5 @@ void CountAtPort(const CountedFrame& frame, uint64_t times, PortStatistics& port
   if ((frame.conditions & kCountHwDropped) != 0) port.hw_dropped += times;
   port.total_bytes += times * frame.size;
 }
+
+}  // namespace simulator

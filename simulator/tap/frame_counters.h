@@ -7,7 +7,9 @@
 
 #include "device/corvane_api.h"
 
-// What the conditions of a counter ask for.
+namespace simulator {
+
+// The conditions of a counter.
 inline constexpr uint32_t kCountIpv4 = 0x001;
 inline constexpr uint32_t kCountIpv6 = 0x002;
 inline constexpr uint32_t kCountBroadcast = 0x004;
@@ -18,8 +20,8 @@ inline constexpr uint32_t kCountUdp = 0x040;
 inline constexpr uint32_t kCountTcp = 0x080;
 inline constexpr uint32_t kCountCrcOk = 0x100;
 inline constexpr uint32_t kCountHwDropped = 0x200;
-inline constexpr uint32_t kCountEnd = 0x400;  // above all sets of them
-// Those that the headers behind the MAC addresses tell.
+inline constexpr uint32_t kCountEnd = 0x400;  // more than any set of them
+// The conditions on what follows the MAC addresses.
 inline constexpr uint32_t kCountParsed =
     kCountIpv4 | kCountIpv6 | kCountIcmp | kCountUdp | kCountTcp;
 
@@ -32,7 +34,7 @@ struct CountedFrame {
   const uint8_t* destination;  // says; both null when unknown
 };
 
-// The condition on the destination MAC address of six bytes that holds.
+// kCountBroadcast, kCountMulticast or kCountUnicast for a destination MAC address of six bytes.
 uint32_t DestinationCondition(const uint8_t* mac);
 
 // kCountIcmp, kCountUdp, kCountTcp or 0 for an IANA protocol number.
@@ -51,8 +53,8 @@ class CounterRule {
 
   // True when all conditions hold, the one on the port among them.
   //
-  // An address narrows the IP condition that it was given with: "not IPv4" with an address counts
-  // what is not IPv4 from or to that address. A mask of zeroes narrows nothing.
+  // An address narrows the IP condition beside it: "not IPv4" with an address counts all but the
+  // IPv4 frames from or to that address. A mask of zeroes narrows nothing.
   bool Matches(const CountedFrame& frame) const {
     return (frame.conditions & care_) == expected_ && ports_[frame.port] &&
            frame.size >= smallest_ && frame.size <= largest_ &&
@@ -69,7 +71,7 @@ class CounterRule {
   bool AddressesMatch(const CountedFrame& frame) const;
   bool IsFromOrTo(const CountedFrame& frame, uint32_t version) const;
 
-  uint32_t care_ = 0;      // conditions that matter, but for those that an address narrows
+  uint32_t care_ = 0;      // conditions that matter, except those that an address narrows
   uint32_t expected_ = 0;  // those of them that must hold
   uint32_t smallest_ = 0;
   uint32_t largest_ = UINT32_MAX;
@@ -82,8 +84,8 @@ class CounterRule {
   uint8_t mask_[16] = {};
 };
 
-// All configurable counters of a device. Plain rules cost nothing per frame: frames are summed up
-// by their conditions, and the sums are dealt out to the rules when the counters are read.
+// All configurable counters of a device. Plain rules cost nothing per frame: frames are summed by
+// their conditions, and the sums go to the rules when the counters are read.
 class CounterBank {
  public:
   explicit CounterBank(const CounterV2Config (&configs)[CORVANE_COUNTERS_V2]);
@@ -118,7 +120,9 @@ class CounterBank {
   Sum sums_[CORVANE_PORTS][kCountEnd] = {};
 };
 
-// Adds the frame so many times to the counters of its port, as RFC 2819 defines them (etherStats
-// group): a jabber is longer than 1518 bytes and has a bad CRC, a CRC error is not and has. The
-// traffic is full duplex: there are no collisions.
+// Adds the frame, as often as times says, to the counters of its port as RFC 2819 defines them
+// (etherStats group): a frame with a bad CRC is a jabber when it is longer than 1518 bytes, and a
+// CRC error when it has 64 to 1518. The traffic is full duplex: there are no collisions.
 void CountAtPort(const CountedFrame& frame, uint64_t times, PortStatistics& port);
+
+}  // namespace simulator

@@ -1,21 +1,23 @@
-#include "frame_path.h"
+#include "tap/frame_path.h"
 
 #include <zlib.h>
 
 #include <algorithm>
 #include <limits>
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kCrcSize = 4;
-constexpr size_t kLongestFrame = 262144;  // of the sources; a longer one costs an allocation
+constexpr size_t kLongestFrame =
+    262144;  // that a source gives; a longer one would cost an allocation
 
 uint32_t NetworkCondition(Layer2 layer2) {
   if (layer2 == Layer2::kIp4) return kCountIpv4;
   return layer2 == Layer2::kIp6 ? kCountIpv6 : 0;
 }
 
-// asked: kCount... that some counter asks for.
+// asked: the kCount... bits that some counter asks for.
 uint32_t ConditionsOf(const RawFrame& frame, const FrameFacts& facts, uint32_t asked) {
   uint32_t conditions = frame.crc_ok ? kCountCrcOk : 0;
   if (frame.hw_dropped) conditions |= kCountHwDropped;
@@ -105,3 +107,5 @@ bool FramePath::Process(const RawFrame& frame, KeptFrame& kept) {
   if (keeps_crc_) AppendCrc(frame, kept);
   return true;
 }
+
+}  // namespace simulator

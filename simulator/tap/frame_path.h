@@ -1,14 +1,16 @@
-// The way of a frame through the device, from the port to the capture: a fixed order of stages, as
-// the device's configuration says. Allocates nothing per frame.
+// The way of a frame through the device, from the port to the capture: stages in a fixed order, set
+// up by the device's configuration. Allocates nothing per frame.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
 #include "device/corvane_api.h"
-#include "filters.h"
-#include "frame.h"
-#include "frame_counters.h"
+#include "tap/filters.h"
+#include "tap/frame.h"
+#include "tap/frame_counters.h"
+
+namespace simulator {
 
 struct PathSettings {
   FeaturesRecord features;
@@ -27,7 +29,7 @@ struct PathCounts {
 };
 
 struct KeptFrame {
-  const uint8_t* bytes;  // valid until the next call of Process, and no longer than the raw frame's
+  const uint8_t* bytes;  // valid until the next call of Process, at most as long as the raw frame's
   uint32_t length;       // bytes there
   uint32_t wire_length;  // bytes of the original frame, with the 4 CRC bytes when they are kept
   uint8_t port;
@@ -36,13 +38,14 @@ struct KeptFrame {
 
 // The stages:
 //   1. a disabled port keeps nothing
-//   2. frames with a CRC error are kept only with transmitcrcerrors; ones that the hardware drops
+//   2. frames with a CRC error are kept only with transmitcrcerrors; frames that the hardware drops
 //      never are
 //   3. packet filter, 4. packet type filter, 5. DPI filter
 //   6. counters: of every frame, kept or not
 //   7. slicing to slicing_size bytes, frame check sequence included
 //   8. with keepcrc32 the frame check sequence follows the frame (IEEE 802.3, 3.2.9), a wrong one
-//      after a CRC error. What a source has cut off, and slicing, leave none or a part of it.
+//      after a CRC error. None of it, or a part, is left when the source cut the frame off or
+//      slicing does.
 //   9. the time stamp
 // A switch of the features is on when it is 1.
 class FramePath {
@@ -71,7 +74,9 @@ class FramePath {
   uint32_t dropped_types_;
   DpiFilter dpi_;
   CounterBank counters_;
-  bool needs_facts_;               // something asks for more than the frame's sizes
+  bool needs_facts_;               // a filter or counter needs the frame's headers
   PathCounts counts_ = {};         // without the configurable counters
-  std::vector<uint8_t> with_crc_;  // the kept frame when its frame check sequence is
+  std::vector<uint8_t> with_crc_;  // the kept frame with its frame check sequence
 };
+
+}  // namespace simulator

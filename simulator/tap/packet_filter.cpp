@@ -4,8 +4,9 @@
 #include <cstring>
 
 #include "device/capabilities.h"
-#include "filters.h"
+#include "tap/filters.h"
 
+namespace simulator {
 namespace {
 
 constexpr uint32_t kMatchAnyMac = CORVANE_MATCH_DST_MAC | CORVANE_MATCH_SRC_MAC;
@@ -14,14 +15,14 @@ constexpr uint32_t kMatchAnyPort = CORVANE_MATCH_DST_PORT | CORVANE_MATCH_SRC_PO
 
 // ---- Reading slots: the last byte of the address stands first.
 
-// The first so many bytes of the slot as one number.
+// The first size bytes of the slot as one number.
 uint64_t SlotNumber(const uint8_t* slot, size_t size) {
   uint64_t number = 0;
   for (size_t i = size; i > 0; --i) number = number << 8 | slot[i - 1];
   return number;
 }
 
-// One bit for each byte made into ones for the bytes.
+// A mask with one bit for each byte, spread to all bits of those bytes.
 uint64_t SpreadMask(unsigned bits, size_t size) {
   uint64_t mask = 0;
   for (size_t i = 0; i < size; ++i) {
@@ -30,7 +31,7 @@ uint64_t SpreadMask(unsigned bits, size_t size) {
   return mask;
 }
 
-// Addresses in network order as numbers; an IPv6 address has two halves.
+// Addresses in network order as numbers; IPv6 addresses in two halves.
 uint64_t MacNumber(const uint8_t* bytes) {
   uint64_t number = 0;
   for (size_t i = 0; i < CORVANE_MAC_SIZE; ++i) number = number << 8 | bytes[i];
@@ -139,3 +140,5 @@ bool PacketFilter::VlanMatches(const FrameFacts& facts) const {
   return std::any_of(facts.vlans, facts.vlans + facts.vlan_count,
                      [this](uint16_t id) { return vlan_.Matches(id); });
 }
+
+}  // namespace simulator

@@ -1,8 +1,9 @@
 #include <cstring>
 
 #include "device/capabilities.h"
-#include "filters.h"
+#include "tap/filters.h"
 
+namespace simulator {
 namespace {
 
 // Bits in the order of the record's bytes.
@@ -110,3 +111,5 @@ uint32_t DroppedTypes(const PacketTypeFilterRecord& record, uint32_t capabilitie
   if ((capabilities & CORVANE_CAP_VLAN_FILTER) == 0) dropped &= ~TYPE_BIT(vlan);
   return dropped;
 }
+
+}  // namespace simulator
