@@ -2,14 +2,13 @@
 // or from there on, by turns. The faults follow from the calls that the commands of
 // golden/faults/commands.txt make; what is to be seen then stands in golden/faults/seen.txt.
 #include <algorithm>
-#include <atomic>
 #include <climits>
 #include <sstream>
-#include <thread>
 
 #include "functions.h"
 #include "shell/command_table.h"
 #include "support/expectations.h"
+#include "support/for_each.h"
 #include "support/time_server.h"
 #include "support/unread.h"
 
@@ -40,19 +39,6 @@ std::vector<Texts> ReadTable(const std::string& name) {
     cells.resize(6);
   }
   return table;
-}
-
-// Runs work(0), work(1) and so on, several at a time.
-template <class Work>
-void ForEach(size_t count, Work work) {
-  std::atomic<size_t> next = 0;
-  const auto serve = [&] {
-    for (size_t job; (job = next++) < count;) work(job);
-  };
-  std::vector<std::jthread> threads;
-  // A command waits most of its time, for the disk or for five seconds.
-  const unsigned processors = std::max(2U, std::thread::hardware_concurrency());
-  while (threads.size() < 8 * processors) threads.emplace_back(serve);
 }
 
 // ---- The commands

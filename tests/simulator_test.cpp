@@ -1,6 +1,8 @@
 // The simulator as a product: its configuration file, its faults, its state.
 #include <filesystem>
+#include <regex>
 
+#include "functions.h"
 #include "support/golden.h"
 
 namespace {
@@ -38,6 +40,20 @@ TEST(SimulatorDevices, AreGoneWhileTheyRestart) {
   const Result result = simulation.Run("list");
   EXPECT_EQ(result.out, "Found 1 corvanes\n0 : 11 Corvane-M7 00:1a:2b:3c:4d:5e\n");
   EXPECT_GE(simulation.CallsOf("CorvaneApiSleepMs"), 4);
+}
+
+TEST(SimulatorFaults, HitWhateverReturnsAStatusOrTheDeviceList) {
+  std::istringstream header(ReadFile(CORVANE_HEADER));
+  static const std::regex declaration(R"((\w+\*?) (Corvane\w+)\(.*)");
+  int count = 0;
+  for (std::string line; std::getline(header, line);) {
+    std::smatch parts;
+    if (!std::regex_match(line, parts, declaration)) continue;
+    const bool tells = parts[1] == "int32_t" || parts[1] == "DeviceList*";
+    EXPECT_EQ(CanFail(parts[2].str()), tells) << line;
+    ++count;
+  }
+  EXPECT_GT(count, 0);
 }
 
 TEST(SimulatorFaults, HitTheNthCallOfTheNamedDevice) {

@@ -1,19 +1,23 @@
 // What is printed while a command runs: its reader has it at once.
-#include <sys/wait.h>
-
 #include <csignal>
 #include <cstdlib>
 
 #include "device/capabilities.h"
 #include "support/expectations.h"
+#include "support/golden.h"
 
 namespace {
 
 TEST(Stream, NmeaRunsUntilTheInterrupt) {
-  const Simulation simulation(OneDevice(CORVANE_CAP_GPS));
+  const Simulation simulation(OneDevice(
+      CORVANE_CAP_GPS, "gps = {latitude = -33.8568, longitude = 151.2153, altitude = 27.5}"));
+  simulation.Run("timing setmanual --timestamp 1800000000");
   const Result result = simulation.Run("nmea", 2500);
   EXPECT_EQ(result.status, 128 + SIGINT);
-  EXPECT_TRUE(result.out.starts_with("Corvane detected\n$GPRMC,")) << result.out;
+  EXPECT_TRUE(result.out.starts_with("Corvane detected\n$GPRMC,08000")) << result.out;
+  for (const char* part : {".00,A,3351.40800,S,15112.91800,E,", ",27.5,M,", ",15,01,2027,00,00*"}) {
+    EXPECT_NE(result.out.find(part), std::string::npos) << part << " in\n" << result.out;
+  }
   EXPECT_TRUE(result.out.ends_with("\r\n"));
   size_t size = strlen("Corvane detected\n");
   for (const std::string& line : simulation.Lines("CorvaneAPIGPSOutputRead")) {
@@ -79,13 +83,10 @@ TEST(Stream, AnUpdateIsSeenWhileItRuns) {
 // Runs corvane by a shell, on to a reader if need be; returns its status and standard error.
 Result RunByShell(const Simulation& simulation, const std::string& words,
                   const std::string& reader = "cat") {
-  const std::string& folder = simulation.folder();
-  const std::string run = "{ CORVANE_SIM_CONFIG=" + folder +
-                          "/sim.toml CORVANE_SIM_STATE=" + folder +
-                          "/state " CORVANE_EXECUTABLE " 2>" + folder + "/err " + words +
-                          "; echo $? >" + folder + "/status; } | " + reader + " >/dev/null";
-  EXPECT_EQ(system(run.c_str()), 0);
-  return {atoi(ReadFile(folder + "/status").c_str()), "", ReadFile(folder + "/err")};
+  Shell(simulation,
+        "{ " CORVANE_EXECUTABLE " 2>errors " + words + "; echo $? >status; } | " + reader);
+  return {atoi(ReadFile(simulation.folder() + "/status").c_str()), "",
+          ReadFile(simulation.folder() + "/errors")};
 }
 
 TEST(Stream, AnUpdateGoesToItsEndWithoutItsReader) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -42,20 +41,9 @@ class Simulation {
   std::vector<std::string> Lines(const std::string& function) const;
   void EmptyJournal() const;
 
-  // The record of the last call of the function.
-  template <class Record>
-  Record Sent(const std::string& function) const {
-    Record record = {};
-    const std::vector<uint8_t> bytes = LastRecord(function);
-    if (bytes.size() == sizeof record) memcpy(&record, bytes.data(), sizeof record);
-    return record;
-  }
-
   const std::string& folder() const { return folder_; }
 
  private:
-  std::vector<uint8_t> LastRecord(const std::string& function) const;
-
   std::string folder_;
 };
 
