@@ -1,5 +1,4 @@
 // The command line: help of every node, the dispatcher, the getters.
-#include <argtable3.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -72,36 +71,16 @@ TEST(Dispatcher, ALeafWithoutParametersIgnoresFurtherWords) {
   EXPECT_EQ(result.status, 0);
 }
 
-int Parse(const CommandNode& leaf, std::vector<const char*> words) {
-  words.insert(words.begin(), "leaf");
-  return arg_parse(static_cast<int>(words.size()), const_cast<char**>(words.data()),
-                   leaf.argtable.get());
-}
-
-TEST(Getters, ReadTheFirstValueOrFallBack) {
-  // Nodes and what they hold are never freed.
-  const NamedArgs params = {MakeNamedArg("flag", arg_lit0(nullptr, "flag", "")),
-                            MakeNamedArg("number", arg_int0(nullptr, "number", "<n>", "")),
-                            MakeNamedArg("real", arg_dbl0(nullptr, "real", "<x>", "")),
-                            MakeNamedArg("key", arg_file0("o", "option", "<file>", "")),
-                            MakeNamedArg("switch", OptionalSwitch(nullptr, "switch", ""))};
-  static const CommandNode* const node = MakeNode("leaf", nullptr, {}, params, nullptr);
-  const CommandNode& leaf = *node;
-  EXPECT_EQ(Parse(leaf, {}), 0);
-  for (const char* key : {"number", "option", ""}) {
-    EXPECT_FALSE(IsGiven(leaf, key));
-    EXPECT_EQ(Integer(leaf, key, 5), 5);
-    EXPECT_EQ(Real(leaf, key, 0.5), 0.5);
-    EXPECT_EQ(OnOff(leaf, key), kNotGiven);
-    EXPECT_EQ(Text(leaf, key, "x"), "x");
-    EXPECT_EQ(Text(leaf, key, nullptr), std::nullopt);
-  }
-  EXPECT_EQ(Parse(leaf, {"--flag", "--number=0x10", "--real=-50.29", "-oa.b", "--switch=oFF"}), 0);
-  EXPECT_EQ(Count(leaf, "flag"), 1);
-  EXPECT_EQ(Integer(leaf, "number", 5), 16);
-  EXPECT_EQ(Real(leaf, "real", 0.0), -50.29);
-  EXPECT_EQ(Text(leaf, "key", nullptr), "a.b");
-  EXPECT_EQ(OnOff(leaf, "switch"), 0);
+// What no command makes use of: keys that a leaf does not have, and makers of nothing.
+TEST(Getters, FallBackWhereThereIsNothing) {
+  const CommandNode& leaf = *MakeNode("leaf", nullptr, {}, {}, nullptr);
+  EXPECT_FALSE(IsGiven(leaf, "none"));
+  EXPECT_EQ(Integer(leaf, "none", 5), 5);
+  EXPECT_EQ(Real(leaf, "none", 0.5), 0.5);
+  EXPECT_EQ(OnOff(leaf, "none"), kNotGiven);
+  EXPECT_EQ(Text(leaf, "none", "x"), "x");
+  EXPECT_EQ(Text(leaf, "none", nullptr), std::nullopt);
+  EXPECT_EQ(leaf.description, "");
   EXPECT_EQ(MakeNode(nullptr, "text", {}, {}, nullptr), nullptr);
   EXPECT_EQ(MakeNamedArg("key", nullptr), nullptr);
 }
