@@ -35,7 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (const int version : {0, kIpv4, kIpv6}) {
     for (const bool source : {false, true}) {
       Check<PacketFilterRecord>(
-          [&](auto* shown, auto& r) { return SetFilterIpWildcard(text(shown), r, source, version); },
+          [&](auto* shown, auto& r) {
+            return SetFilterIpWildcard(text(shown), r, source, version);
+          },
           [&](auto& record) { return FormatFilterIpWildcard(record, source, version); });
     }
     Check<CounterV2Config>(

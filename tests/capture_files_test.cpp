@@ -142,16 +142,6 @@ TEST_F(CaptureFilesTest, WhatCannotBeOpenedIsRefusedWithAReason) {
   EXPECT_TRUE(Names().empty());
 }
 
-// What is in the file at any time is what is left of it when the process is killed.
-TEST_F(CaptureFilesTest, AFileIsWholeUpToTheLastFlush) {
-  CaptureWriter writer;
-  Open(writer);
-  for (int i = 0; i < 100; ++i) writer.Write(FrameOf(777));
-  writer.Tick(kStart + kSecond);
-  for (int i = 0; i < 100; ++i) writer.Write(FrameOf(777));
-  EXPECT_EQ(PacketCount(folder_ + "/05"), 100);
-}
-
 TEST_F(CaptureFilesTest, AFullDiskKeepsEveryPacketThatWasWritten) {
   if (mount("none", folder_.c_str(), "tmpfs", 0, "size=200k") != 0) {
     GTEST_SKIP() << "mounting is not allowed here";

@@ -168,17 +168,11 @@ TEST_F(CaptureTest, FollowsTheConfigurationAndEndsWithTheDevicesRestart) {
   EXPECT_EQ(Matching(Files()[0], "frame.cap_len < frame.len"), 0);
 }
 
-TEST_F(CaptureTest, RotatesItsFilesAndEndsWithTheLastOne) {
-  Start("--size 1 --count 3");
-  ASSERT_TRUE(Ends());
-  EXPECT_EQ(Status("Error"), 0);
-  EXPECT_EQ(Status("Files Written"), 3);
-  EXPECT_EQ(Files().size(), 3U);
-
+TEST_F(CaptureTest, RotatesItsFiles) {
   Start("--size 1 --count 2 --loop");
   EXPECT_TRUE(Within10s([&] { return Status("Files Written") > 6; }));
   simulation_.Run("directcapture stop");
-  EXPECT_EQ(Files().size(), 5U);
+  EXPECT_EQ(Files().size(), 2U);
   for (const fs::path& file : Files()) {
     EXPECT_LE(fs::file_size(file), 1U << 20);
     EXPECT_GT(PacketCount(file), 0) << file;

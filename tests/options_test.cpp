@@ -33,18 +33,14 @@ const std::map<std::string, std::string> kBeside = {
 
 // Values by the beginning of the option's datatype; a number where there is none.
 const std::pair<const char*, const char*> kValues[] = {
-    {"<MAC|n", "1"},
-    {"<MAC", "00:*:22:33:44:55"},
-    {"<IP", "10.*.2.3"},
-    {"<ipv4_addr", "10.*.2.3"},
-    {"<ipv6_addr", "2001:0db8:****:0000:0000:0000:0000:00*1"},
-    {"<hex", "00000000000000000000000000000000"},
-    {"<string", "0123456789abcdef"},
-    {"0x", "0x00000001"},
-    {"<out", "x"},
-    {"<filename_pattern", "%N"},
-    {"<fw_file", "fw"},
-    {"<value", "-10"},
+    {"<MAC|n", "=1"},
+    {"<MAC", "=00:*:22:33:44:55"},
+    {"<IP", "=10.*.2.3"},
+    {"<ipv6_addr", "=2001:0db8:****:0000:0000:0000:0000:00*1"},
+    {"<hex", "=00000000000000000000000000000000"},
+    {"<string", "=0123456789abcdef"},
+    {"0x", "=0x00000001"},
+    {"<value", "=-10"},
 };
 
 // A record's line of the configuration, of bytes that no option sets.
@@ -85,6 +81,7 @@ struct Trial {
   Texts values;
 };
 
+// What the option may be given, each behind an equals sign.
 Texts ValuesOf(const arg_hdr& option) {
   if ((option.flag & ARG_HASVALUE) == 0) return {""};
   const std::string datatype = option.datatype;
@@ -93,9 +90,8 @@ Texts ValuesOf(const arg_hdr& option) {
   }
   Texts values;
   std::istringstream words(datatype.substr(1, datatype.size() - 2));
-  while (std::getline(words, values.emplace_back(), '|')) continue;
-  values.pop_back();
-  return values.size() > 1 ? values : Texts{"5"};
+  for (std::string word; std::getline(words, word, '|');) values.push_back("=" + word);
+  return values.size() > 1 ? values : Texts{"=5"};
 }
 
 void AddTrials(const CommandNode& node, const std::string& path, std::vector<Trial>& trials) {
@@ -123,16 +119,13 @@ TEST(Options, EachOneMatters) {
   ForEach(trials.size(), [&](size_t i) {
     const auto& [option, without, values] = trials[i];
     const std::string before = Seen(without);
-    EXPECT_TRUE(std::ranges::any_of(values,
-                                    [&](const std::string& value) {
-                                      const std::string name = option.substr(option.rfind(' '));
-                                      const std::string after =
-                                          Seen(without + name + (value.empty() ? "" : "=" + value));
-                                      EXPECT_FALSE(after.starts_with("Usage"))
-                                          << option << " " << value;
-                                      return after != before;
-                                    }))
-        << option << " does nothing";
+    bool matters = false;
+    for (const std::string& value : values) {
+      const std::string after = Seen(without + option.substr(option.rfind(' ')) + value);
+      EXPECT_FALSE(after.starts_with("Usage")) << option << value;
+      matters = matters || after != before;
+    }
+    EXPECT_TRUE(matters) << option << " does nothing";
   });
 }
 
