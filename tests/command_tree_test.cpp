@@ -51,11 +51,15 @@ TEST(Dispatcher, AnswersWhatItCannotRunWithUsage) {
       {"", {"", "unknown", "List", "--device 1 features show"}},
       {"features", {"", "sho"}},
       {"features show", {"stray", "--device", "-d 0 -d 1", "--device="}},
-      {"features set", {"--inline offon", "--slicing many", "--firmware_mode 1Gx"}},
+      {"features set",
+       {"--inline offon", "--inline xoff", "--slicing many", "--slicing=5x",
+        "--slicing=99999999999", "-- --slicing=1", "--inline on --inline on", "--firmware_mode 1Gx",
+        "--firmware_mode=", "--unknown"}},
+      {"directcapture start", {"--loop --loop", "--loop=1"}},
       {"timing config", {"--tssource gpsx"}},
       {"dpi enable",
        {"-d 0 help", "--dpihex 254a1d8f90041235bed4054a1d8f9004", "--dpitxt short",
-        "--dpimask 0x1234"}},
+        "--dpimask 0x1234", "--dpimask 0x1000000ff"}},
       {"update", {"", "--firmware a --firmware b"}},
   };
   const Simulation simulation("");

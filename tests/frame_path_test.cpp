@@ -120,4 +120,16 @@ TEST_F(FramePathTest, CountsEveryFrameThatArrivesWhetherKeptOrNot) {
   EXPECT_EQ(counts.ports[1].total_bytes, 200U);
 }
 
+// By size: too short, just right twice, too long.
+TEST(PortCounters, AreThoseOfRfc2819) {
+  PortStatistics port = {};
+  for (const uint32_t size : {63U, 64U, 1518U, 1519U}) {
+    for (const uint32_t conditions : {0U, kCountCrcOk}) {
+      CountAtPort({conditions, size, 0, nullptr, nullptr}, 1, port);
+    }
+  }
+  const uint64_t expected[] = {2, 4, 2, 0, 2, 1, 6328, 0, 4, 4, 0};
+  EXPECT_EQ(memcmp(&port, expected, sizeof port), 0);
+}
+
 }  // namespace

@@ -195,21 +195,4 @@ TEST_F(MachineTest, ACaptureFollowsWhatIsStoredAndNothingElse) {
   EXPECT_TRUE(Grows("Counter 01", false));
 }
 
-// A program without standard streams or device state, which prints all the time.
-TEST_F(MachineTest, KeepsWhatIsPrintedOutOfItsFiles) {
-  const pid_t program = fork();
-  if (program == 0) {
-    setenv("CORVANE_SIM_STATE", (path + "/state").c_str(), 1);
-    for (const int file : {0, 1, 2}) close(file);
-    std::atomic<int> count = 0;
-    std::thread([&] {
-      for (;; ++count) static_cast<void>(!write(count % 3, "printed", 7));
-    }).detach();
-    for (CorvaneAPIInitialize(); count < 100'000;) CorvaneAPIGetVersion();
-    _exit(0);
-  }
-  waitpid(program, nullptr, 0);
-  EXPECT_EQ(ReadFile(folder + "/journal").find("printed"), std::string::npos);
-}
-
 }  // namespace
