@@ -68,13 +68,6 @@ TEST(Dispatcher, AnswersWhatItCannotRunWithUsage) {
   }
 }
 
-TEST(Dispatcher, ALeafWithoutParametersIgnoresFurtherWords) {
-  const Simulation simulation("[[device]]\ntype = 11\nmac = \"00:1a:2b:3c:4d:5e\"\n");
-  const Result result = simulation.Run("list --nonsense help");
-  EXPECT_EQ(result.out, "Found 1 corvanes\n0 : 11 Corvane-M7 00:1a:2b:3c:4d:5e\n");
-  EXPECT_EQ(result.status, 0);
-}
-
 // What no command makes use of: keys that a leaf does not have, and makers of nothing.
 TEST(Getters, FallBackWhereThereIsNothing) {
   const CommandNode& leaf = *MakeNode("leaf", nullptr, {}, {}, nullptr);

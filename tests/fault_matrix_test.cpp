@@ -73,7 +73,7 @@ std::string Devices() {
   const std::string more =
       "hw_firmwares = ['10G 4.7', '1G 2.3']\nupdate = {duration_ms = 0}\ntiming_status = '" +
       Hex(1, 80) + "'\nstatistics = '" + Hex(2, 232) + "'";
-  return OneDevice(0x3FFFFFF, more) + DeviceToml(11, "00:00:00:00:00:00", 0x3FFFDFF, more);
+  return OneDevice(0x3FFFFFF, more) + DeviceToml("00:00:00:00:00:00", 0x3FFFDFF, more);
 }
 
 Result RunCommand(const Command& command, const std::string& fault, Texts& calls) {

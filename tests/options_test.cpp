@@ -57,7 +57,7 @@ std::string Devices() {
                            "'\n" + Sevens("features", 80, "00000000") + Sevens("ports_speed", 80) +
                            Sevens("counters_v2", 1600) + Sevens("dpi_filter", 40) +
                            Sevens("packet_type_filter", 27) + Sevens("timing_status", 80);
-  return OneDevice(0x3FFFFFF, more) + DeviceToml(11, "00:00:00:00:00:01", 0x3FFFFFF, more) +
+  return OneDevice(0x3FFFFFF, more) + DeviceToml("00:00:00:00:00:01", 0x3FFFFFF, more) +
          FaultToml("CorvaneAPIDiskDumpStart", -77) + FaultToml("CorvaneAPIGetStatistics", -77, 2) +
          FaultToml("CorvaneAPIGPSOutputRead", -77) +
          FaultToml("CorvaneAPIFirmwareUpdateStart", -77);

@@ -34,7 +34,7 @@ TEST(SimulatorConfiguration, AMissingFileAndAnUnusableStateFolderAreNamed) {
 }
 
 TEST(SimulatorDevices, AreGoneWhileTheyRestart) {
-  const Simulation simulation(DeviceToml(11, kMac, 0, "boot_ms = 600"));
+  const Simulation simulation(DeviceToml(kMac, 0, "boot_ms = 600"));
   simulation.Run("reset");
   simulation.EmptyJournal();
   const Result result = simulation.Run("list");
@@ -57,7 +57,7 @@ TEST(SimulatorFaults, HitWhateverReturnsAStatusOrTheDeviceList) {
 }
 
 TEST(SimulatorFaults, HitTheNthCallOfTheNamedDevice) {
-  const Simulation simulation(DeviceToml(11, kMac, 0) + DeviceToml(11, "00:1a:2b:3c:4d:5f", 0) +
+  const Simulation simulation(DeviceToml(kMac, 0) + DeviceToml("00:1a:2b:3c:4d:5f", 0) +
                               FaultToml("CorvaneAPIGetDeviceType", -9, 2) +
                               FaultToml("CorvaneAPIGetDeviceMAC", -9) + "device = \"" + kMac +
                               "\"\n");
@@ -69,7 +69,7 @@ TEST(SimulatorFaults, HitTheNthCallOfTheNamedDevice) {
 // changes one field and writes back, so updates may overtake each other; but every call must
 // succeed.
 TEST(SimulatorState, SurvivesManyProgramsAtOnce) {
-  const Simulation simulation(DeviceToml(11, kMac, 0x3FFFFFF));
+  const Simulation simulation(DeviceToml(kMac, 0x3FFFFFF));
   const Result result = Shell(simulation, "seq 200 | xargs -P 20 -I% " CORVANE_EXECUTABLE
                                           " features set --slicing % && "
                                           "sqlite3 state/devices.db 'PRAGMA integrity_check'");

@@ -53,9 +53,8 @@ std::string Written(int descriptor) {
 
 }  // namespace
 
-std::string DeviceToml(int type, const std::string& mac, uint32_t capabilities,
-                       const std::string& more) {
-  return "[[device]]\ntype = " + std::to_string(type) + "\nmac = \"" + mac +
+std::string DeviceToml(const std::string& mac, uint32_t capabilities, const std::string& more) {
+  return "[[device]]\ntype = 11\nmac = \"" + mac +
          "\"\ncapabilities = " + std::to_string(capabilities) + "\n" + more + "\n";
 }
 

@@ -12,9 +12,8 @@ struct Result {
   std::string err;  // standard error
 };
 
-// A device with every capability that the command under test wants, as a [[device]] table.
-std::string DeviceToml(int type, const std::string& mac, uint32_t capabilities,
-                       const std::string& more = "");
+// A [[device]] table.
+std::string DeviceToml(const std::string& mac, uint32_t capabilities, const std::string& more = "");
 
 // A [[fault]] table.
 std::string FaultToml(const std::string& function, int status, int call = 0);
