@@ -3,14 +3,11 @@
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
-#include <atomic>
 #include <filesystem>
 #include <random>
 #include <thread>
 
-#include "device/corvane_api.h"
 #include "support/expectations.h"
 #include "support/golden.h"
 
@@ -168,18 +165,6 @@ TEST_F(MachineTest, CountsOnWhateverTheClockWasSetTo) {
     Sql("UPDATE fact SET bytes = x'" + started + "'");
     EXPECT_TRUE(Grows("Timestamp")) << started;
   }
-}
-
-TEST_F(MachineTest, IsWholeAfterProgramsWereKilledAtAnyMoment) {
-  const std::string commands[] = {"directcapture stop", start,   "features set",
-                                  "features save",      "reset", "update --firmware x"};
-  for (int i = 0; i < 150; ++i) {
-    const std::string how = "timeout -s" + std::to_string(std::array{2, 9, 15}[random() % 3]) + " ";
-    const std::string words = "e-6 " CORVANE_EXECUTABLE " " + commands[random() % 6] + " >&- 2>&-";
-    EXPECT_NE(system((how + std::to_string(random() % 1000 << random() % 8) + words).c_str()), -1);
-  }
-  EXPECT_EQ(Sql("PRAGMA integrity_check"), "ok");
-  for (size_t i = 0; i < 5; ++i) EXPECT_EQ(simulation.Run(commands[i]).status, 0) << commands[i];
 }
 
 TEST_F(MachineTest, ACaptureFollowsWhatIsStoredAndNothingElse) {
