@@ -144,55 +144,6 @@ TEST_F(CaptureFilesTest, WhatCannotBeOpenedIsRefusedWithAReason) {
   EXPECT_TRUE(Names().empty());
 }
 
-TEST_F(CaptureFilesTest, OtherProgramsReadEveryPacketOfEveryFile) {
-  target_.max_file_size = 300'000;
-  target_.crc_kept = true;
-  target_.max_cache = 5000;
-  CaptureWriter writer;
-  Open(writer);
-  std::string expected;
-  for (uint32_t i = 0; i < 500; ++i) {
-    KeptFrame frame = FrameOf(14 + i % 8 + (i % 9) * 1000, kStart + i * 1'000'000'007LL, i % 2);
-    if (i == 77) frame.length = 262144;
-    frame.wire_length = frame.length + i % 5;
-    EXPECT_TRUE(writer.Write(frame));
-    char line[200];
-    snprintf(line, sizeof line, "%ld.%09ld\tport %c\t%u\t%u\n", frame.time_ns / kSecond,
-             frame.time_ns % kSecond, "AB"[i % 2], frame.wire_length, frame.length);
-    expected += line;
-  }
-  EXPECT_TRUE(writer.Close());
-  std::string packets;
-  uint64_t bytes = 0;
-  for (uint32_t i = 0; i < writer.files_written(); ++i) {
-    const std::string file = folder_ + "/" + NumberedName("05", i);
-    const std::string mine = Output("tshark 2>/dev/null -n -r '" + file +
-                                    "' -T fields -e frame.time_epoch -e frame.interface_name "
-                                    "-e frame.len -e frame.cap_len");
-    EXPECT_EQ(PacketCount(file), std::count(mine.begin(), mine.end(), '\n'));
-    packets += mine;
-    bytes += fs::file_size(file);
-    const std::string facts = Output("capinfos -I '" + file + "'");
-    for (const char* fact : {"Name = port A", "Name = port B", "Time precision = nanoseconds (9)",
-                             "Encapsulation = Ethernet", "Number of stat entries = 1"}) {
-      EXPECT_NE(facts.find(fact), std::string::npos) << fact << " in\n" << facts;
-    }
-  }
-  EXPECT_EQ(packets, expected);
-  EXPECT_EQ(writer.bytes_written(), bytes);
-  EXPECT_GE(writer.files_written(), 5U);
-}
-
-// What is in the file at any time is what is left of it when the process is killed.
-TEST_F(CaptureFilesTest, AFileIsWholeUpToTheLastFlush) {
-  CaptureWriter writer;
-  Open(writer);
-  for (int i = 0; i < 100; ++i) writer.Write(FrameOf(777));
-  writer.Tick(kStart + kSecond);
-  for (int i = 0; i < 100; ++i) writer.Write(FrameOf(777));
-  EXPECT_EQ(PacketCount(folder_ + "/05"), 100);
-}
-
 TEST_F(CaptureFilesTest, AFullDiskKeepsEveryPacketThatWasWritten) {
   if (mount("none", folder_.c_str(), "tmpfs", 0, "size=200k") != 0) {
     GTEST_SKIP() << "mounting is not allowed here";

@@ -84,7 +84,8 @@ TEST_F(CaptureTest, RunsInTheBackgroundUntilItIsStopped) {
   EXPECT_EQ(Start().out, "Corvane detected\nCapture started\n");
   EXPECT_TRUE(Writes(1'000'000));
   EXPECT_EQ(Status("Enabled"), 1);
-  EXPECT_EQ(Processes().size(), 1U);
+  ASSERT_EQ(Processes().size(), 1U);
+  EXPECT_EQ(fs::read_symlink("/proc/" + Processes()[0] + "/fd/1"), "/dev/null");
   EXPECT_EQ(Start().status, 244);
   EXPECT_NE(simulation_.Run("statistics").out.find("Direct capture : STARTED"), std::string::npos);
   EXPECT_EQ(simulation_.Run("directcapture stop").out, "Corvane detected\nCapture stopped\n");
@@ -95,6 +96,11 @@ TEST_F(CaptureTest, RunsInTheBackgroundUntilItIsStopped) {
   EXPECT_GT(PacketCount(Files()[0]), 1000);
   EXPECT_EQ(Matching(Files()[0], "_ws.malformed || ip.checksum.status == 0"), 0);
   EXPECT_GT(Matching(Files()[0], "frame.interface_name == \"port B\""), 1000);
+  const std::string facts = Output("capinfos -I " + Files()[0].string());
+  for (const char* fact : {"Name = port A", "Time precision = nanoseconds (9)",
+                           "Encapsulation = Ethernet", "Number of stat entries = 1"}) {
+    EXPECT_NE(facts.find(fact), std::string::npos) << fact << " in\n" << facts;
+  }
 }
 
 // Of 50 frames of the mix three have a CRC error, and one is dropped by the hardware.
@@ -162,17 +168,11 @@ TEST_F(CaptureTest, FollowsTheConfigurationAndEndsWithTheDevicesRestart) {
   EXPECT_EQ(Matching(Files()[0], "frame.cap_len < frame.len"), 0);
 }
 
-TEST_F(CaptureTest, RotatesItsFilesAndEndsWithTheLastOne) {
-  Start("--size 1 --count 3");
-  ASSERT_TRUE(Ends());
-  EXPECT_EQ(Status("Error"), 0);
-  EXPECT_EQ(Status("Files Written"), 3);
-  EXPECT_EQ(Files().size(), 3U);
-
+TEST_F(CaptureTest, RotatesItsFiles) {
   Start("--size 1 --count 2 --loop");
   EXPECT_TRUE(Within10s([&] { return Status("Files Written") > 6; }));
   simulation_.Run("directcapture stop");
-  EXPECT_EQ(Files().size(), 5U);
+  EXPECT_EQ(Files().size(), 2U);
   for (const fs::path& file : Files()) {
     EXPECT_LE(fs::file_size(file), 1U << 20);
     EXPECT_GT(PacketCount(file), 0) << file;

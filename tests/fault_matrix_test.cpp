@@ -2,14 +2,13 @@
 // or from there on, by turns. The faults follow from the calls that the commands of
 // golden/faults/commands.txt make; what is to be seen then stands in golden/faults/seen.txt.
 #include <algorithm>
-#include <atomic>
 #include <climits>
 #include <sstream>
-#include <thread>
 
 #include "configuration/functions.h"
 #include "shell/command_table.h"
 #include "support/expectations.h"
+#include "support/for_each.h"
 #include "support/time_server.h"
 #include "support/unread.h"
 
@@ -44,19 +43,6 @@ std::vector<Texts> ReadTable(const std::string& name) {
   return table;
 }
 
-// Runs work(0), work(1) and so on, several at a time.
-template <class Work>
-void ForEach(size_t count, Work work) {
-  std::atomic<size_t> next = 0;
-  const auto serve = [&] {
-    for (size_t job; (job = next++) < count;) work(job);
-  };
-  std::vector<std::jthread> threads;
-  // A command waits most of its time, for the disk or for five seconds.
-  const unsigned processors = std::max(2U, std::thread::hardware_concurrency());
-  while (threads.size() < 8 * processors) threads.emplace_back(serve);
-}
-
 // ---- The commands
 
 struct Command {
@@ -89,7 +75,7 @@ std::string Devices() {
   const std::string more =
       "hw_firmwares = ['10G 4.7', '1G 2.3']\nupdate = {duration_ms = 0}\ntiming_status = '" +
       Hex(1, 80) + "'\nstatistics = '" + Hex(2, 232) + "'";
-  return OneDevice(0x3FFFFFF, more) + DeviceToml(11, "00:00:00:00:00:00", 0x3FFFDFF, more);
+  return OneDevice(0x3FFFFFF, more) + DeviceToml("00:00:00:00:00:00", 0x3FFFDFF, more);
 }
 
 Result RunCommand(const Command& command, const std::string& fault, Texts& calls) {

@@ -126,6 +126,10 @@ COUNTERS = {
     "--ipv6 on --ipv6_addr 2001:0db8:0010:0000:0000:0000:0000:**21":
         f"{WHOLE} && ((ipv6.src == 2001:db8:10::/112 && ipv6.src[15] == 21) ||"
         " (ipv6.dst == 2001:db8:10::/112 && ipv6.dst[15] == 21))",
+    "--ipv4 off --ipv4_addr 10.1.*.*":
+        f"!({IP4} && {WHOLE} && (ip.src == 10.1.0.0/16 || ip.dst == 10.1.0.0/16))",
+    "--ipv6 on --icmp on --size_lt 100": f"{IP6} && {protocol('1,58')} && frame.len < 96",
+    "--ucast off --tcp off --udp on": f"eth.dst.ig == 1 && !{protocol('6')} && {protocol('17')}",
     "--bcast on --icmp off --size_eq 64":
         f"eth.dst == ff:ff:ff:ff:ff:ff && !{protocol('1,58')} && frame.len == 60",
 }

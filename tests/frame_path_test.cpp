@@ -87,7 +87,7 @@ TEST_F(FramePathTest, KeepsCutsAndCompletesFramesAsTheFeaturesSay) {
   }
 }
 
-TEST_F(FramePathTest, FiltersOfWhichTheDeviceCannotOrNeedNotTellAnythingKeepFrames) {
+TEST_F(FramePathTest, KeepsFramesThatAFilterIsNotAbleToJudge) {
   settings_.dpi.enabled = 1;
   settings_.dpi.mask = 0xFFFF0000;  // no byte of the pattern
   EXPECT_TRUE(FramePath(settings_).Process(FrameOf({}), kept_));
@@ -122,26 +122,16 @@ TEST_F(FramePathTest, CountsEveryFrameThatArrivesWhetherKeptOrNot) {
   EXPECT_EQ(counts.ports[1].total_bytes, 200U);
 }
 
-// The pattern is found at every place, in frames of every length around the blocks that are looked
-// at together, and not when one demanded byte differs.
-TEST(DpiFilterTest, FindsAPatternAtEveryPlace) {
-  DpiFilterRecord record = {.enabled = 1};
-  for (uint8_t i = 0; i < 16; ++i) record.data[i] = i % 5 == 0 ? 0 : static_cast<uint8_t>(65 + i);
-  for (const uint32_t mask : {0xFFFFU, 0x0001U, 0x8000U, 0x0FF0U, 0xA005U}) {
-    record.mask = mask;
-    const DpiFilter filter(record, CORVANE_CAP_FILTER);
-    for (size_t length = 16; length < 56; ++length) {
-      for (size_t at = 0; at + 16 <= length; ++at) {
-        Bytes bytes(length, 0xEE);
-        for (size_t i = 0; i < 16; ++i) {
-          if ((mask >> i & 1) != 0) bytes[at + i] = record.data[i];
-        }
-        ASSERT_TRUE(filter.Keeps(bytes.data(), length)) << mask << " " << length << " " << at;
-        bytes[at + static_cast<size_t>(__builtin_ctz(mask))] ^= 1;
-        ASSERT_FALSE(filter.Keeps(bytes.data(), length)) << mask << " " << length << " " << at;
-      }
+// By size: too short, just right twice, too long.
+TEST(PortCounters, AreThoseOfRfc2819) {
+  PortStatistics port = {};
+  for (const uint32_t size : {63U, 64U, 1518U, 1519U}) {
+    for (const uint32_t conditions : {0U, kCountCrcOk}) {
+      CountAtPort({conditions, size, 0, nullptr, nullptr}, 1, port);
     }
   }
+  const uint64_t expected[] = {2, 4, 2, 0, 2, 1, 6328, 0, 4, 4, 0};
+  EXPECT_EQ(memcmp(&port, expected, sizeof port), 0);
 }
 
 }  // namespace

@@ -3,14 +3,11 @@
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
-#include <atomic>
 #include <filesystem>
 #include <random>
 #include <thread>
 
-#include "device/corvane_api.h"
 #include "support/expectations.h"
 #include "support/golden.h"
 
@@ -170,18 +167,6 @@ TEST_F(MachineTest, CountsOnWhateverTheClockWasSetTo) {
   }
 }
 
-TEST_F(MachineTest, IsWholeAfterProgramsWereKilledAtAnyMoment) {
-  const std::string commands[] = {"directcapture stop", start,   "features set",
-                                  "features save",      "reset", "update --firmware x"};
-  for (int i = 0; i < 150; ++i) {
-    const std::string how = "timeout -s" + std::to_string(std::array{2, 9, 15}[random() % 3]) + " ";
-    const std::string words = "e-6 " CORVANE_EXECUTABLE " " + commands[random() % 6] + " >&- 2>&-";
-    EXPECT_NE(system((how + std::to_string(random() % 1000 << random() % 8) + words).c_str()), -1);
-  }
-  EXPECT_EQ(Sql("PRAGMA integrity_check"), "ok");
-  for (size_t i = 0; i < 5; ++i) EXPECT_EQ(simulation.Run(commands[i]).status, 0) << commands[i];
-}
-
 TEST_F(MachineTest, ACaptureFollowsWhatIsStoredAndNothingElse) {
   // Damaged, and held by nobody: no capture.
   WriteFile(folder + "/state/capture-00-1a-2b-3c-4d-5e.status", std::string(100'000, '\xff'));
@@ -193,23 +178,6 @@ TEST_F(MachineTest, ACaptureFollowsWhatIsStoredAndNothingElse) {
   Sql("UPDATE configuration SET bytes = zeroblob(1600) WHERE record = 'counters_v2'");
   simulation.Run("list");
   EXPECT_TRUE(Grows("Counter 01", false));
-}
-
-// A program without standard streams or device state, which prints all the time.
-TEST_F(MachineTest, KeepsWhatIsPrintedOutOfItsFiles) {
-  const pid_t program = fork();
-  if (program == 0) {
-    setenv("CORVANE_SIM_STATE", (path + "/state").c_str(), 1);
-    for (const int file : {0, 1, 2}) close(file);
-    std::atomic<int> count = 0;
-    std::thread([&] {
-      for (;; ++count) static_cast<void>(!write(count % 3, "printed", 7));
-    }).detach();
-    for (CorvaneAPIInitialize(); count < 100'000;) CorvaneAPIGetVersion();
-    _exit(0);
-  }
-  waitpid(program, nullptr, 0);
-  EXPECT_EQ(ReadFile(folder + "/journal").find("printed"), std::string::npos);
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 //
 //   [[device]] ...               TOML for every scenario of the file: the simulated devices
 //   == A promise in plain words  a scenario, on new devices
-//   | on  | 01000000 |           runs it once for each such row; {1}, {2} ... are the row's cells
+//   | on  | 01000000 |           runs it once for each such row; {1}, {2} ... are the row's cells,
+//   in
+//                                which \n begins another line
 //   features = 84*07 80:00       more TOML, or with a [[device]] other TOML; a record may be given
 //                                as bytes: here 84 times 07, but 00 at the offset 80
 //   $ features set --inline {1}  runs corvane; '...' is one word
@@ -13,7 +15,7 @@
 //   > SetDeviceFeatures 20:{2}   the record that the function got last: what the Get function gave,
 //                                or zeroes when it gave none, but for these bytes; then its texts
 //   calls GetDeviceFeatures      the calls between selection and closing; or "calls nothing"
-//   journal 2 CorvaneApiSleepMs  so many lines of the journal begin like this
+//   journal 2 CorvaneApiSleepMs  that many lines of the journal begin like this
 //
 // Nothing may be on standard error, and the library must be closed once unless the journal's line
 // about that says otherwise. {folder} is the simulation's folder. Blank lines at the end mean
@@ -21,6 +23,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iomanip>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -227,7 +230,8 @@ void RunRow(const Scenario& scenario, const std::string& row) {
   for (size_t i = 1; i + 1 < cells.size(); ++i) {
     cells[i].erase(0, cells[i].find_first_not_of(' '));
     cells[i].erase(cells[i].find_last_not_of(' ') + 1);
-    EXPECT_TRUE(Fill(script, "{" + std::to_string(i) + "}", cells[i])) << "cell " << i;
+    const std::string cell = std::regex_replace(cells[i], std::regex(R"(\\n)"), "\n");
+    EXPECT_TRUE(Fill(script, "{" + std::to_string(i) + "}", cell)) << "cell " << i;
   }
   EXPECT_FALSE(Fill(script, "{" + std::to_string(std::max<size_t>(cells.size(), 2) - 1) + "}", ""));
   Fill(script, "{folder}", session.simulation.folder());

@@ -21,16 +21,8 @@ TEST(SimulatorNmea, SecondWithAFix) {
             "$GPZDA,014640.00,09,09,2001,00,00*62\r\n");
 }
 
-TEST(SimulatorNmea, SecondWithoutAFix) {
-  EXPECT_EQ(NmeaSentences({.time = 0, .satellites_used = 7}),
-            "$GPRMC,000000.00,V,,,,,,,010170,,,N*7A\r\n"
-            "$GPGGA,000000.00,,,,,0,00,,,M,,M,,*48\r\n"
-            "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n"
-            "$GPGSV,1,1,00*79\r\n"
-            "$GPZDA,000000.00,01,01,1970,00,00*69\r\n");
-}
-
 TEST(SimulatorNmea, RoundsAndCarriesPositionsCalendarAndSatellites) {
+  const GpsSecond no_fix = {.time = 0, .satellites_used = 7};
   const GpsSecond leap_day = {.time = 1'709'251'199};
   const GpsSecond next_day = {.time = 1'709'251'200};
   const GpsSecond many = {0, {}, GpsFix::k3d, UINT32_MAX, UINT32_MAX};
@@ -40,6 +32,9 @@ TEST(SimulatorNmea, RoundsAndCarriesPositionsCalendarAndSatellites) {
       {Fixed(59.9999999, 9.9999999), ",5959.99999,N,00959.99999,E,"},    // 59.999994 minutes
       {Fixed(59.99999999, 9.99999999), ",6000.00000,N,01000.00000,E,"},  // 59.9999994
       {Fixed(-90, 180), ",9000.00000,S,18000.00000,E,"},
+      {no_fix,
+       "$GPRMC,000000.00,V,,,,,,,010170,,,N*7A\r\n$GPGGA,000000.00,,,,,0,00,,,M,,M,,*48\r\n"},
+      {no_fix, "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n$GPGSV,1,1,00*79\r\n$GPZDA,000000.00,01,01,1970"},
       {leap_day, "$GPRMC,235959.00,V,,,,,,,290224,"},
       {leap_day, "$GPZDA,235959.00,29,02,2024,"},
       {next_day, "$GPRMC,000000.00,V,,,,,,,010324,"},

@@ -1,6 +1,8 @@
 // The simulator as a product: its configuration file, its faults, its state.
 #include <filesystem>
+#include <regex>
 
+#include "functions.h"
 #include "support/golden.h"
 
 namespace {
@@ -32,7 +34,7 @@ TEST(SimulatorConfiguration, AMissingFileAndAnUnusableStateFolderAreNamed) {
 }
 
 TEST(SimulatorDevices, AreGoneWhileTheyRestart) {
-  const Simulation simulation(DeviceToml(11, kMac, 0, "boot_ms = 600"));
+  const Simulation simulation(DeviceToml(kMac, 0, "boot_ms = 600"));
   simulation.Run("reset");
   simulation.EmptyJournal();
   const Result result = simulation.Run("list");
@@ -40,8 +42,22 @@ TEST(SimulatorDevices, AreGoneWhileTheyRestart) {
   EXPECT_GE(simulation.CallsOf("CorvaneApiSleepMs"), 4);
 }
 
+TEST(SimulatorFaults, HitWhateverReturnsAStatusOrTheDeviceList) {
+  std::istringstream header(ReadFile(CORVANE_HEADER));
+  static const std::regex declaration(R"((\w+\*?) (Corvane\w+)\(.*)");
+  int count = 0;
+  for (std::string line; std::getline(header, line);) {
+    std::smatch parts;
+    if (!std::regex_match(line, parts, declaration)) continue;
+    const bool tells = parts[1] == "int32_t" || parts[1] == "DeviceList*";
+    EXPECT_EQ(CanFail(parts[2].str()), tells) << line;
+    ++count;
+  }
+  EXPECT_GT(count, 0);
+}
+
 TEST(SimulatorFaults, HitTheNthCallOfTheNamedDevice) {
-  const Simulation simulation(DeviceToml(11, kMac, 0) + DeviceToml(11, "00:1a:2b:3c:4d:5f", 0) +
+  const Simulation simulation(DeviceToml(kMac, 0) + DeviceToml("00:1a:2b:3c:4d:5f", 0) +
                               FaultToml("CorvaneAPIGetDeviceType", -9, 2) +
                               FaultToml("CorvaneAPIGetDeviceMAC", -9) + "device = \"" + kMac +
                               "\"\n");
@@ -53,7 +69,7 @@ TEST(SimulatorFaults, HitTheNthCallOfTheNamedDevice) {
 // changes one field and writes back, so updates may overtake each other; but every call must
 // succeed.
 TEST(SimulatorState, SurvivesManyProgramsAtOnce) {
-  const Simulation simulation(DeviceToml(11, kMac, 0x3FFFFFF));
+  const Simulation simulation(DeviceToml(kMac, 0x3FFFFFF));
   const Result result = Shell(simulation, "seq 200 | xargs -P 20 -I% " CORVANE_EXECUTABLE
                                           " features set --slicing % && "
                                           "sqlite3 state/devices.db 'PRAGMA integrity_check'");

@@ -1,7 +1,7 @@
 #include "support/expectations.h"
 
 std::string OneDevice(uint32_t capabilities, const std::string& more) {
-  return DeviceToml(11, "00:1a:2b:3c:4d:5e", capabilities, more);
+  return DeviceToml("00:1a:2b:3c:4d:5e", capabilities, more);
 }
 
 std::string Hex(uint64_t number, int bytes) {

@@ -10,8 +10,8 @@
 // A simulated device as a [[device]] table, with the lines given.
 std::string OneDevice(uint32_t capabilities, const std::string& more = "");
 
-// A number in so many bytes, as the hexadecimal digits in which the journal and the configuration
-// have records.
+// The hexadecimal digits in which the journal and the configuration have a number of that many
+// bytes.
 std::string Hex(uint64_t number, int bytes);
 
 // What the last call of CorvaneAPI<function> took or gave, from its record on.

@@ -17,6 +17,6 @@ inline std::string Output(const std::string& command) {
 // Packets, as capinfos counts them; -1 when it finds anything wrong with the file.
 inline int64_t PacketCount(const std::string& file) {
   const std::string text = Output("capinfos -Tmcr '" + file + "' 2>&1");
-  const bool well = text.starts_with(file + ",") && text.find('\n') + 1 == text.size();
-  return well ? std::stoll(text.substr(file.size() + 1)) : -1;
+  const bool ok = text.starts_with(file + ",") && text.find('\n') + 1 == text.size();
+  return ok ? std::stoll(text.substr(file.size() + 1)) : -1;
 }

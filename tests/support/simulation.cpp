@@ -1,26 +1,17 @@
 #include "support/simulation.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <poll.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace {
-
-struct Pipe {
-  int ends[2] = {-1, -1};
-  Pipe() {
-    if (pipe2(ends, O_CLOEXEC) != 0) abort();
-  }
-};
 
 [[noreturn]] void Execute(const std::string& folder, std::vector<std::string>& words) {
   setenv("CORVANE_SIM_CONFIG", (folder + "/sim.toml").c_str(), 1);
@@ -43,40 +34,27 @@ const bool signals_are_reset = [] {
   return sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
 }();
 
-// Appends what is there to read; false at the end of the stream.
-bool Drain(int descriptor, std::string& text) {
-  char buffer[4096];
-  const ssize_t count = read(descriptor, buffer, sizeof buffer);
-  if (count > 0) text.append(buffer, static_cast<size_t>(count));
-  return count > 0;
+// The program's wait status. SIGINT is sent when the time is up, and SIGKILL five seconds later.
+int WaitFor(pid_t program, int limit_ms) {
+  int status = 0;
+  for (int ms = 0; waitpid(program, &status, WNOHANG) == 0; ++ms) {
+    if (ms >= limit_ms) kill(program, ms < limit_ms + 5000 ? SIGINT : SIGKILL);
+    usleep(1000);
+  }
+  return status;
 }
 
-using Clock = std::chrono::steady_clock;
-
-// Reads both streams to their ends; sends SIGINT when the time is up.
-void Collect(pid_t child, int out, int err, int limit_ms, Result& result) {
-  const auto deadline = Clock::now() + std::chrono::milliseconds(limit_ms);
-  pollfd streams[2] = {{out, POLLIN, 0}, {err, POLLIN, 0}};
-  std::string* const texts[2] = {&result.out, &result.err};
-  while (streams[0].fd >= 0 || streams[1].fd >= 0) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (poll(streams, 2, left > 0 ? static_cast<int>(left) : 0) == 0) {
-      kill(child, SIGINT);
-      if (left <= -5000) kill(child, SIGKILL);
-      usleep(1000);
-    }
-    for (int i = 0; i < 2; ++i) {
-      if (streams[i].revents != 0 && !Drain(streams[i].fd, *texts[i])) streams[i].fd = -1;
-    }
-  }
+// What was written to the descriptor, which is closed.
+std::string Written(int descriptor) {
+  std::string text = ReadFile("/proc/self/fd/" + std::to_string(descriptor));
+  close(descriptor);
+  return text;
 }
 
 }  // namespace
 
-std::string DeviceToml(int type, const std::string& mac, uint32_t capabilities,
-                       const std::string& more) {
-  return "[[device]]\ntype = " + std::to_string(type) + "\nmac = \"" + mac +
+std::string DeviceToml(const std::string& mac, uint32_t capabilities, const std::string& more) {
+  return "[[device]]\ntype = 11\nmac = \"" + mac +
          "\"\ncapabilities = " + std::to_string(capabilities) + "\n" + more + "\n";
 }
 
@@ -113,24 +91,17 @@ Result Simulation::Run(const std::string& words, int limit_ms) const {
 
 Result Simulation::Run(std::vector<std::string> words, int limit_ms) const {
   words.insert(words.begin(), "corvane");
-  Pipe out;
-  Pipe err;
+  const int out = memfd_create("out", MFD_CLOEXEC);
+  const int err = memfd_create("err", MFD_CLOEXEC);
   const pid_t child = fork();
   if (child == 0) {
-    dup2(out.ends[1], STDOUT_FILENO);
-    dup2(err.ends[1], STDERR_FILENO);
+    dup2(out, STDOUT_FILENO);
+    dup2(err, STDERR_FILENO);
     Execute(folder_, words);
   }
-  close(out.ends[1]);
-  close(err.ends[1]);
-  Result result;
-  Collect(child, out.ends[0], err.ends[0], limit_ms, result);
-  close(out.ends[0]);
-  close(err.ends[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  return result;
+  const int status = WaitFor(child, limit_ms);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Written(out),
+          Written(err)};
 }
 
 std::vector<std::string> Simulation::Lines(const std::string& function) const {
@@ -152,28 +123,9 @@ int Simulation::CallsOf(const std::string& function) const {
   return static_cast<int>(Lines(function).size());
 }
 
-std::vector<uint8_t> Simulation::LastRecord(const std::string& function) const {
-  const auto lines = Lines(function);
-  std::vector<uint8_t> bytes;
-  const size_t at = lines.empty() ? std::string::npos : lines.back().find(" record=");
-  if (at == std::string::npos) {
-    ADD_FAILURE() << "no record of " << function << " in the journal";
-    return bytes;
-  }
-  const std::string& line = lines.back();
-  for (size_t i = at + 8; i + 1 < line.size() && line[i] != ' '; i += 2) {
-    bytes.push_back(static_cast<uint8_t>(std::stoul(line.substr(i, 2), nullptr, 16)));
-  }
-  return bytes;
-}
-
 std::string ReadFile(const std::string& path) {
-  std::string text;
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  while (file >= 0 && Drain(file, text)) {
-  }
-  if (file >= 0) close(file);
-  return text;
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 void WriteFile(const std::string& path, const std::string& text) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -13,9 +12,8 @@ struct Result {
   std::string err;  // standard error
 };
 
-// A device with every capability that the command under test wants, as a [[device]] table.
-std::string DeviceToml(int type, const std::string& mac, uint32_t capabilities,
-                       const std::string& more = "");
+// A [[device]] table.
+std::string DeviceToml(const std::string& mac, uint32_t capabilities, const std::string& more = "");
 
 // A [[fault]] table.
 std::string FaultToml(const std::string& function, int status, int call = 0);
@@ -42,20 +40,9 @@ class Simulation {
   std::vector<std::string> Lines(const std::string& function) const;
   void EmptyJournal() const;
 
-  // The record of the last call of the function.
-  template <class Record>
-  Record Sent(const std::string& function) const {
-    Record record = {};
-    const std::vector<uint8_t> bytes = LastRecord(function);
-    if (bytes.size() == sizeof record) memcpy(&record, bytes.data(), sizeof record);
-    return record;
-  }
-
   const std::string& folder() const { return folder_; }
 
  private:
-  std::vector<uint8_t> LastRecord(const std::string& function) const;
-
   std::string folder_;
 };
 

@@ -61,7 +61,7 @@ struct TimeServer {
 
 inline constexpr uint32_t kMiddle = 0x80000000;  // of a second
 
-// An answer with 1716879745 s of Unix time and a fraction, cut to so many octets.
+// An answer with 1716879745 s of Unix time and a fraction, cut to that size.
 inline void SendTime(int socket, const sockaddr_in& to, uint32_t fraction, size_t size = 48) {
   uint8_t packet[48] = {0x1C};
   const uint32_t words[] = {htonl(0xEA000001), htonl(fraction)};

@@ -1,13 +1,9 @@
 // Preloaded in front of the simulator, this makes of it a library that is hard to live with, as a
 // C++ library is allowed to be: it throws inside of itself and it reads what it was handed late.
-// CORVANE_CXX names what is to happen when it is opened: "caught" or "uncaught".
 #include <dlfcn.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <stdexcept>
-#include <string>
 
 #include "device/corvane_api.h"
 
@@ -16,10 +12,6 @@ namespace {
 template <class Function>
 Function* Next(Function*, const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-void Throw(const std::string& what) {
-  throw std::runtime_error(what);
 }
 
 // The texts as the process ends.
@@ -38,13 +30,10 @@ Texts kept;
 extern "C" {
 
 int32_t CorvaneAPIInitialize(void) {
-  const char* wish = getenv("CORVANE_CXX");
-  const std::string what = wish == nullptr ? "" : wish;
   try {
-    if (!what.empty()) Throw("a library throws, " + what);
+    throw std::runtime_error("a library throws");
   } catch (const std::runtime_error& error) {
     fprintf(stderr, "%s\n", error.what());
-    if (what == "uncaught") throw;
   }
   return Next(CorvaneAPIInitialize, __func__)();
 }
