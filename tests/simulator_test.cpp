@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <regex>
 
-#include "functions.h"
+#include "configuration/functions.h"
 #include "support/golden.h"
 
 namespace {
@@ -50,7 +50,7 @@ TEST(SimulatorFaults, HitWhateverReturnsAStatusOrTheDeviceList) {
     std::smatch parts;
     if (!std::regex_match(line, parts, declaration)) continue;
     const bool tells = parts[1] == "int32_t" || parts[1] == "DeviceList*";
-    EXPECT_EQ(CanFail(parts[2].str()), tells) << line;
+    EXPECT_EQ(simulator::CanFail(parts[2].str()), tells) << line;
     ++count;
   }
   EXPECT_GT(count, 0);
