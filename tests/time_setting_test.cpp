@@ -13,7 +13,7 @@ TEST(TimeSetting, SetsTheSystemsTime) {
   const Result offset = Shell(simulation,
                               "sqlite3 state/devices.db \"SELECT hex(bytes) FROM fact "
                               "WHERE name = 'clock_offset'\"");
-  const int64_t ns = __builtin_bswap64(std::stoull(offset.out, nullptr, 16));
+  const auto ns = static_cast<int64_t>(__builtin_bswap64(std::stoull(offset.out, nullptr, 16)));
   EXPECT_LT(std::abs(ns), 500'000'000) << offset.out << offset.err;
 }
 
