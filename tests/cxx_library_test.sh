@@ -24,6 +24,11 @@ expect 'what the utility exports' '' "$exports"
 found=$("$corvane" list 2>&1 >/dev/null)
 expect 'an exception that the library catches' 'a library throws' "$found"
 
+found=$(CORVANE_UNCAUGHT=1 "$corvane" list 2>&1) && status=0 || status=$?
+expect 'an exception that nobody catches' "134 a library throws
+terminate called after throwing an instance of 'std::runtime_error'
+  what():  a library throws" "$status $found"
+
 # What it reads as the process ends: a capture that cannot start gets its texts too.
 late() { "$corvane" "$@" 2>&1 >/dev/null | grep '^late' || true; }
 expect 'folder and pattern, read late' "late: $folder/none"$'\nlate: b' \

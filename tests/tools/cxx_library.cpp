@@ -1,8 +1,10 @@
 // Preloaded in front of the simulator, this makes of it a library that is hard to live with, as a
-// C++ library is allowed to be: it throws inside of itself and it reads what it was handed late.
+// C++ library is allowed to be: it throws inside of itself, out of itself too when CORVANE_UNCAUGHT
+// is set, and it reads what it was handed late.
 #include <dlfcn.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "device/corvane_api.h"
@@ -34,6 +36,7 @@ int32_t CorvaneAPIInitialize(void) {
     throw std::runtime_error("a library throws");
   } catch (const std::runtime_error& error) {
     fprintf(stderr, "%s\n", error.what());
+    if (getenv("CORVANE_UNCAUGHT") != nullptr) throw;
   }
   return Next(CorvaneAPIInitialize, __func__)();
 }
