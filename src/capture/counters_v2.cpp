@@ -20,7 +20,7 @@ constexpr int kNoNumber = -1;  // of an option that was not given
 constexpr const char* kCountersUnsupported = "Your device does not support statistics V2";
 
 // The report has multicast before unicast.
-constexpr const CounterSwitch* kDestinationReport[] = {&kBroadcast, &kMulticast, &kUnicast};
+constexpr const CounterSwitch* kDestinationsAsReported[] = {&kBroadcast, &kMulticast, &kUnicast};
 
 bool Refuse(const char* message) {
   puts(message);
@@ -70,8 +70,8 @@ int OnOffOf(const CommandNode& leaf, const IpFamily& family) {
   return OnOff(leaf, family.condition.parameter.key);
 }
 
-// A family that is named decides about the address and, unless it is named too, ends the other
-// family's condition.
+// Naming a family sets the address and, unless the other family is named too, lets the other's
+// condition be ignored.
 bool ApplyFamily(const CommandNode& leaf, const IpFamily& family, const IpFamily& other,
                  CounterV2Config& counter) {
   if (OnOffOf(leaf, family) == kNotGiven) return true;
@@ -100,7 +100,7 @@ bool Apply(const CommandNode& leaf, CounterV2Config& counter) {
   ApplySize(leaf, counter);
   if (!ApplyFamilies(leaf, counter)) return false;
   for (const auto* row : {&kBroadcast, &kUnicast, &kMulticast}) ApplySwitch(leaf, *row, counter);
-  ApplySwitches(leaf, kProtocols, counter);
+  ApplySwitches(leaf, kOtherConditions, counter);
   return true;
 }
 
@@ -149,8 +149,8 @@ void AppendCounter(std::string& report, int index, const CounterV2Config& counte
   AppendCondition(report, kFamily4.condition, counter);
   AppendCondition(report, kFamily6.condition, counter);
   AppendLine(report, "IP address", AddressText(counter));
-  for (const CounterSwitch* row : kDestinationReport) AppendCondition(report, *row, counter);
-  for (const CounterSwitch& row : kProtocols) AppendCondition(report, row, counter);
+  for (const CounterSwitch* row : kDestinationsAsReported) AppendCondition(report, *row, counter);
+  for (const CounterSwitch& row : kOtherConditions) AppendCondition(report, row, counter);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "device/corvane_api.h"
 #include "filter/address_wildcard.h"
 #include "line/settings.h"
 
@@ -69,7 +70,7 @@ inline constexpr CounterSwitch kUnicast = {SwitchSpec("ucast", "Test if a packet
                                            "Unicast", &CounterV2Config::ucast};
 inline constexpr CounterSwitch kMulticast = {SwitchSpec("mcast", "Test if a packet is multicast"),
                                              "Multicast", &CounterV2Config::mcast};
-inline constexpr CounterSwitch kProtocols[] = {
+inline constexpr CounterSwitch kOtherConditions[] = {
     {SwitchSpec("icmp", "Test if a packet is ICMP"), "ICMP", &CounterV2Config::icmp},
     {SwitchSpec("udp", "Test if a packet is UDP"), "UDP", &CounterV2Config::udp},
     {SwitchSpec("tcp", "Test if a packet is TCP"), "TCP", &CounterV2Config::tcp},
@@ -82,7 +83,7 @@ inline constexpr CounterSwitch kProtocols[] = {
 inline constexpr auto kCounterParameters =
     Parameters(kCounterIndex, kCountPackets, kCountBytes, kCountedPorts, kSizeModes,
                kFamily4.condition, kFamily4.address, kFamily6.condition, kFamily6.address,
-               kBroadcast, kUnicast, kMulticast, kProtocols);
+               kBroadcast, kUnicast, kMulticast, kOtherConditions);
 
 int CountersSet(const CommandNode& leaf);
 int CountersShow(const CommandNode& leaf);

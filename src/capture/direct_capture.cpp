@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kDefaultPattern = "capture_%N_%Y%M%D%H%m%s.pcapng";
 
-// Megabytes as the user gives them in bytes. There is no range check: a negative number becomes a
+// Converts the user's megabytes to bytes. There is no range check: a negative number becomes a
 // huge one.
 uint64_t Bytes(int megabytes) {
   return static_cast<uint64_t>(int64_t{megabytes}) << 20;
@@ -35,7 +35,7 @@ Config CommonSettings(const CommandNode& leaf) {
   return config;
 }
 
-// A name wins over a folder, which then is ignored together with the pattern.
+// A name wins over a folder, which is then ignored together with the pattern.
 int Configure(const CommandNode& leaf, DeviceHandle device) {
   if (IsGiven(leaf, kCaptureName.key)) {
     auto config = CommonSettings<DiskDumpConfig>(leaf);

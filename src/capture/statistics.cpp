@@ -5,7 +5,6 @@
 #include <cstdio>
 
 #include "console/output.h"
-#include "console/report.h"
 #include "console/status.h"
 #include "device/session.h"
 #include "device/wait.h"

@@ -55,8 +55,8 @@ bool ApplyPattern(const CommandNode& leaf, DpiFilterRecord& filter) {
     memcpy(filter.data, text.data(), std::min(text.size(), sizeof filter.data));
     return true;
   }
-  // The scan reads the text parameter, which is empty here: --dpihex is always refused, as every
-  // release has done it.
+  // The scan reads the text parameter, which is empty here: --dpihex is always refused, as in
+  // every release.
   return !IsGiven(leaf, kDpiHex.key) || ScanHex(text, filter);
 }
 

@@ -5,10 +5,10 @@
 
 namespace corvane {
 
-// The patterns admit no digit but 0 and 1.
 inline constexpr ParameterSpec kDpiText =
     PatternSpec("txtdata", "dpitxt", "^.{16}$", "<string>", 3,
                 "16 characters string that will act as filter\n");
+// The hexadecimal patterns admit no digit but 0 and 1.
 inline constexpr ParameterSpec kDpiHex = PatternSpec(
     "hexdata", "dpihex", "^[0-1a-fA-F]{32}$", "<hex values>", 3,
     "Hexadecimal values that will act as filter (ex : 054a1d8f90041235bed4054a1d8f9004)\n");

@@ -1,10 +1,11 @@
 #include "config/features.h"
 
+#include <cstdio>
 #include <iterator>
+#include <string>
 
 #include "console/report.h"
 #include "console/status.h"
-#include "device/capabilities.h"
 #include "device/session.h"
 #include "line/device_option.h"
 
@@ -34,7 +35,7 @@ bool HasFixedSlicer(int32_t type_code) {
   }
 }
 
-// False when the device's type, which decides about the length, cannot be read.
+// False when the device's type, which determines the length, cannot be read.
 bool ApplySlicing(const CommandNode& leaf, DeviceHandle device, FeaturesRecord& features) {
   if (!IsGiven(leaf, kSlicingLength.key)) return true;
   features.slicing_size = static_cast<uint16_t>(Integer(leaf, kSlicingLength.key, 0));
@@ -132,7 +133,7 @@ void PrintFeatures(const FeaturesRecord& features, uint32_t capabilities) {
   for (const FeatureSwitch& row : kFrameSwitches) PrintSwitch(row, features);
   printf("\tPacket slicing : %s %u bytes\n", EnabledOrDisabled(features.slicing == 1),
          features.slicing_size);
-  PrintSwitchOr("Enabled", kInline, capabilities, features);
+  PrintSwitchOr("Enabled", kInlineMode, capabilities, features);
   PrintSwitchOr("Disabled", kLoopbackMode, capabilities, features);
   for (const FeatureSwitch& row : kTimestampSwitches) PrintSwitch(row, features);
   for (const FeatureSwitch& row : kAutonegotiationSwitches) {
@@ -158,7 +159,7 @@ int FeaturesSet(const CommandNode& leaf) {
     puts("Error");
     return kSuccess;
   }
-  ApplySwitch(leaf, kInline, features);
+  ApplySwitch(leaf, kInlineMode, features);
   ApplyLoopback(leaf, capabilities, features);
   ApplySwitches(leaf, kTimestampSwitches, features);
   ApplyAutonegotiation(leaf, capabilities, features);

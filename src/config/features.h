@@ -1,7 +1,7 @@
 // Features of a device.
 #pragma once
 
-#include "device/capabilities.h"
+#include "device/corvane_api.h"
 #include "line/settings.h"
 
 namespace corvane {
@@ -22,7 +22,7 @@ inline constexpr ParameterSpec kSlicingLength =
 
 // A device without the capability is always inline. The switch is written all the same, and the
 // report says what the device does.
-inline constexpr FeatureSwitch kInline = {
+inline constexpr FeatureSwitch kInlineMode = {
     SwitchSpec("inline", "Enable inline mode. If cleared, the device operates in span mode."),
     "Inline mode", &FeaturesRecord::inline_, CORVANE_CAP_SPAN_MODE};
 
@@ -50,7 +50,7 @@ inline constexpr ParameterSpec kFirmwareMode = PatternSpec(
     "Device firmware (using this switch will save the features and reset the device)\n");
 
 inline constexpr auto kFeatureParameters =
-    Parameters(kFrameSwitches, kSlicingLength, kInline, kLoopbackMode, kTimestampSwitches,
+    Parameters(kFrameSwitches, kSlicingLength, kInlineMode, kLoopbackMode, kTimestampSwitches,
                kAutonegotiationSwitches, kFirmwareMode);
 
 int FeaturesSet(const CommandNode& leaf);

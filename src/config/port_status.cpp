@@ -12,7 +12,7 @@ namespace corvane {
 
 namespace {
 
-// By slot; null for the two slots that are no flags.
+// By slot; null for the two slots that are not flags.
 constexpr const char* kPhyFlags[CORVANE_PHY_SLOTS] = {
     nullptr,
     "Link Partner Auto-Neg Capable",

@@ -1,8 +1,9 @@
 #include "config/sfp_status.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
-#include <iterator>
+#include <cstring>
 
 #include "console/report.h"
 #include "console/status.h"

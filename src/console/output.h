@@ -9,7 +9,7 @@ namespace corvane {
 void PrepareOutput();
 
 // Writes what was printed so far. False when that or anything before did not get to standard
-// output: what would go on for ever should end then.
+// output: endless commands should end then.
 bool FlushOutput();
 
 // Call last, with the result of the command. Flushes, and says on standard error when output was

@@ -8,7 +8,7 @@
  *  - A per-device function takes the DeviceHandle found in the device list as its first argument.
  *  - Get functions fill a record that the caller owns; Set functions take the whole record by
  *    value; Save functions make the device store its current configuration of that kind.
- *  - What the library is handed stays valid to the end of the process, and a list from which a
+ *  - Texts that the library is handed stay valid to the end of the process, and a list from which a
  *    handle was taken is never given back: nothing is known of how long the library uses them.
  *  - Integers are little-endian. Switch fields hold 1 for on and 0 for off.
  *  - Padding and fields called reserved travel unchanged between a read and the write that follows.

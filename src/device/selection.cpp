@@ -21,7 +21,8 @@ bool HasMac(DeviceHandle device, const uint8_t* wanted) {
   return memcmp(mac, wanted, sizeof mac) == 0;
 }
 
-// The first device for which matches(position, handle) holds, of a list longer than the index.
+// The first device for which matches(position, handle) holds; none when the list is not longer than
+// the index.
 template <class Matches>
 DeviceHandle FindDevice(long index, Matches matches) {
   const DeviceList* devices = AttachedDevices();

@@ -20,7 +20,7 @@ DeviceHandle ResolveDevice(const char* text);
 // The first device.
 DeviceHandle DefaultDevice();
 
-// The device that the text names, without one the first; prints one line either way.
+// The device that the text names, or the first when there is no text; prints one line either way.
 // CORVANE_NO_DEVICE when there is none.
 DeviceHandle SelectDevice(const std::optional<std::string>& text);
 

@@ -5,7 +5,7 @@
 
 #include "console/output.h"
 #include "console/status.h"
-#include "device/corvane_api_layout.h"
+#include "device/corvane_api_layout.h"  // for its assertions
 #include "device/selection.h"
 
 namespace corvane {

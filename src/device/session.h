@@ -14,8 +14,8 @@ class Session {
  public:
   // Opens the library and selects no device.
   Session();
-  // Opens the library and selects the device that the text names, without one the first; prints one
-  // line either way.
+  // Opens the library and selects the device that the text names, or the first when there is no
+  // text; prints one line either way.
   explicit Session(const std::optional<std::string>& device_text);
   ~Session();
   Session(const Session&) = delete;

@@ -23,20 +23,20 @@ inline constexpr int kIpv4 = 4;
 inline constexpr int kIpv6 = 6;
 
 // The source or the destination slot gets the address and its byte mask. False, with the record
-// untouched, when the text is no MAC wildcard.
+// untouched, when the text is not a MAC wildcard.
 bool ParseMacWildcard(const std::string& text, PacketFilterRecord& record, bool is_source);
 
 // The address of the slot, lower case, with ":" between the groups.
 std::string FormatMacWildcard(const PacketFilterRecord& record, bool is_source);
 
-// 4 value and 4 mask bytes. False when the text is no IPv4 wildcard; value may then be written.
+// 4 value and 4 mask bytes. False when the text is not an IPv4 wildcard; value may then be written.
 bool ParseIpv4Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
-// 16 value and 16 mask bytes. False when the text is no IPv6 wildcard; both may then be written.
-// Lenient on purpose: of a group only the character that is read first (behind a "::" its last one)
-// must be a digit or a wildcard; any other that is neither counts as 0. What stands between the
-// first and the last "::" is not read. Behind a "::" a group of fewer than four characters fills
-// the high nibbles, as devices expect it.
+// 16 value and 16 mask bytes. False when the text is not an IPv6 wildcard; both may then be
+// written. Lenient on purpose: of a group only the character that is read first (after a "::" its
+// last one) must be a digit or a wildcard; any other that is neither counts as 0. What stands
+// between the first and the last "::" is not read. After a "::" a group of fewer than four
+// characters fills the high nibbles, as devices expect it.
 bool ParseIpv6Wildcard(const std::string& text, uint8_t* value, uint8_t* mask);
 
 // 16 value and 16 mask bytes, of which an IPv4 text (any with a ".") writes only the first four.
@@ -45,12 +45,12 @@ bool ParseIpWildcard(const std::string& text, uint8_t* value, uint8_t* mask, int
 
 // The slot of the filter gets the address in the arrangement of the version, with one mask bit a
 // byte: a byte with a wildcard nibble matches anything. False, with the record untouched, when the
-// text is no IP wildcard.
+// text is not an IP wildcard.
 bool SetFilterIpWildcard(const std::string& text, PacketFilterRecord& record, bool is_source,
                          int version);
 
 // The counter gets the address in the arrangement of the version, with the mask in full. False,
-// with the record untouched, when the text is no IP wildcard.
+// with the record untouched, when the text is not an IP wildcard.
 bool SetCounterIpWildcard(const std::string& text, CounterV2Config& record, int version);
 
 // The text of 4 (version 4) or 16 reversed bytes; what is not wholly significant shows as wildcard.

@@ -1,10 +1,10 @@
 #include "filter/packet_filter.h"
 
 #include <cstdio>
+#include <string>
 
 #include "console/report.h"
 #include "console/status.h"
-#include "device/capabilities.h"
 #include "device/session.h"
 #include "filter/address_wildcard.h"
 #include "line/device_option.h"
@@ -20,7 +20,7 @@ constexpr uint8_t kSrcPortMask = 0xC;
 constexpr int kNoNumber = -1;  // of an option that was not given
 constexpr const char* kFilterUnsupported = "Your device does not support filter configuration";
 
-// Stores an address in the source or the destination slot; false when the text is none.
+// Stores an address in the source or the destination slot; false when the text is not an address.
 using ParseAddress = bool (*)(const std::string& text, PacketFilterRecord& filter, bool is_source);
 
 // Parsing does not tell which IP version a text has, so every address goes into the 16-byte
@@ -29,21 +29,21 @@ bool ParseIp(const std::string& text, PacketFilterRecord& filter, bool is_source
   return SetFilterIpWildcard(text, filter, is_source, 0);
 }
 
-bool RefuseBoth(const FilterSide& either, const FilterSide& one) {
+bool RefuseBoth(const FilterItem& either, const FilterItem& one) {
   printf("%s and %s are mutually exclusive\n", either.parameter.key, one.parameter.key);
   return false;
 }
 
-std::string TextOf(const CommandNode& leaf, const FilterSide& side) {
+std::string TextOf(const CommandNode& leaf, const FilterItem& side) {
   return TextOr(leaf, side.parameter.key, "");
 }
 
-int NumberOf(const CommandNode& leaf, const FilterSide& side) {
+int NumberOf(const CommandNode& leaf, const FilterItem& side) {
   return Integer(leaf, side.parameter.key, kNoNumber);
 }
 
 // Reads one address into its slot; true when there is none to read.
-bool ApplyAddress(const CommandNode& leaf, const FilterSide& side, bool is_source,
+bool ApplyAddress(const CommandNode& leaf, const FilterItem& side, bool is_source,
                   ParseAddress parse, const char* valid, PacketFilterRecord& filter) {
   const std::string text = TextOf(leaf, side);
   if (text.empty()) return true;
@@ -59,7 +59,7 @@ bool ApplyAddress(const CommandNode& leaf, const FilterSide& side, bool is_sourc
 bool ApplyAddresses(const CommandNode& leaf, const FilterSubject& subject, ParseAddress parse,
                     const char* valid, PacketFilterRecord& filter) {
   if (!TextOf(leaf, subject.either).empty()) {
-    for (const FilterSide* side : {&subject.source, &subject.destination}) {
+    for (const FilterItem* side : {&subject.source, &subject.destination}) {
       if (!TextOf(leaf, *side).empty()) return RefuseBoth(subject.either, *side);
     }
     filter.either_flags |= subject.either_flag;
@@ -70,13 +70,13 @@ bool ApplyAddresses(const CommandNode& leaf, const FilterSubject& subject, Parse
 }
 
 // False with the reason printed.
-bool AcceptPort(const FilterSide& side, int port) {
+bool AcceptPort(const FilterItem& side, int port) {
   if (port >= 0 && port <= 65535) return true;
   printf("%s must lie in range 0-65535\n", side.parameter.key);
   return false;
 }
 
-void UsePort(const FilterSide& side, int port, PacketFilterRecord& filter) {
+void UsePort(const FilterItem& side, int port, PacketFilterRecord& filter) {
   const bool is_source = side.match_flag == CORVANE_MATCH_SRC_PORT;
   (is_source ? filter.src_port : filter.dst_port) = static_cast<uint16_t>(port);
   filter.port_masks |= is_source ? kSrcPortMask : kDstPortMask;
@@ -88,13 +88,13 @@ bool ApplyPorts(const CommandNode& leaf, PacketFilterRecord& filter) {
   const auto& [either, source, destination, label, either_flag] = kFilterPort;
   if (const int port = NumberOf(leaf, either); port != kNoNumber) {
     if (!AcceptPort(either, port)) return false;
-    for (const FilterSide* side : {&source, &destination}) {
+    for (const FilterItem* side : {&source, &destination}) {
       if (NumberOf(leaf, *side) != kNoNumber) return RefuseBoth(either, *side);
     }
     UsePort(either, port, filter);
     filter.either_flags |= either_flag;
   }
-  for (const FilterSide* side : {&source, &destination}) {
+  for (const FilterItem* side : {&source, &destination}) {
     const int port = NumberOf(leaf, *side);
     if (port == kNoNumber) continue;
     if (!AcceptPort(*side, port)) return false;
@@ -141,7 +141,7 @@ int Disable(DeviceHandle device) {
   return status;
 }
 
-void PrintSide(const FilterSide& side, bool used, const std::string& value) {
+void PrintItem(const FilterItem& side, bool used, const std::string& value) {
   printf("\t%s: %s\n", side.label, used ? value.c_str() : "Disabled");
 }
 
@@ -151,11 +151,11 @@ void PrintSubject(const FilterSubject& subject, const PacketFilterRecord& filter
   const bool either = (filter.either_flags & subject.either_flag) != 0;
   printf("\t%s: %s\n", subject.mode_label, YesOrNo(either));
   if (either) {
-    PrintSide(subject.either, true, source);
+    PrintItem(subject.either, true, source);
     return;
   }
-  PrintSide(subject.source, (filter.match_flags & subject.source.match_flag) != 0, source);
-  PrintSide(subject.destination, (filter.match_flags & subject.destination.match_flag) != 0,
+  PrintItem(subject.source, (filter.match_flags & subject.source.match_flag) != 0, source);
+  PrintItem(subject.destination, (filter.match_flags & subject.destination.match_flag) != 0,
             destination);
 }
 
@@ -168,7 +168,7 @@ void PrintFilter(const PacketFilterRecord& filter, bool has_vlan) {
   PrintSubject(kFilterPort, filter, std::to_string(filter.src_port),
                std::to_string(filter.dst_port));
   if (has_vlan) {
-    PrintSide(kFilterVlan, (filter.match_flags & kFilterVlan.match_flag) != 0,
+    PrintItem(kFilterVlan, (filter.match_flags & kFilterVlan.match_flag) != 0,
               std::to_string(filter.vlan_id));
   }
 }

@@ -1,15 +1,13 @@
 // The filter by addresses, ports and VLAN.
 #pragma once
 
-#include <string>
-
 #include "device/corvane_api.h"
 #include "line/settings.h"
 
 namespace corvane {
 
-// One side of what a filter compares: its option, report label and flag.
-struct FilterSide {
+// One thing that a filter compares: its option, report label and flag.
+struct FilterItem {
   ParameterSpec parameter;
   const char* label;
   uint32_t match_flag;
@@ -17,9 +15,9 @@ struct FilterSide {
 
 // What a filter can name as source, as destination or, in the source's field, as either of them.
 struct FilterSubject {
-  FilterSide either;
-  FilterSide source;
-  FilterSide destination;
+  FilterItem either;
+  FilterItem source;
+  FilterItem destination;
   const char* mode_label;
   uint16_t either_flag;
 };
@@ -58,7 +56,7 @@ inline constexpr FilterSubject kFilterPort = {
     .mode_label = "Source OR Destination port mode",
     .either_flag = CORVANE_EITHER_PORT};
 
-inline constexpr FilterSide kFilterVlan = {IntegerSpec("vlanid", "<vlanid>", "VLAN id"), "VLAN id",
+inline constexpr FilterItem kFilterVlan = {IntegerSpec("vlanid", "<vlanid>", "VLAN id"), "VLAN id",
                                            CORVANE_MATCH_VLAN};
 
 inline constexpr auto kFilterParameters =

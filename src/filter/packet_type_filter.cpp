@@ -4,7 +4,6 @@
 
 #include "console/report.h"
 #include "console/status.h"
-#include "device/capabilities.h"
 #include "device/session.h"
 #include "line/device_option.h"
 

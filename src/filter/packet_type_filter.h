@@ -1,7 +1,7 @@
 // Which types of frames are captured.
 #pragma once
 
-#include "device/capabilities.h"
+#include "device/corvane_api.h"
 #include "line/settings.h"
 
 namespace corvane {
@@ -40,7 +40,7 @@ inline constexpr PacketTypeRow kPacketTypes[] = {
      &PacketTypeFilterRecord::l4other},
 };
 
-// Without the capability the device wants it on.
+// A device without the capability needs it on.
 inline constexpr PacketTypeRow kVlanType = {SwitchSpec("vlan", "Filter on VLAN"), "VLAN",
                                             &PacketTypeFilterRecord::vlan, CORVANE_CAP_VLAN_FILTER};
 

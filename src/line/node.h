@@ -53,11 +53,11 @@ const NamedArg* MakeParameter(const ParameterSpec& row);
 void* OptionalSwitch(const char* short_option, const char* long_option, const char* glossary);
 void* MandatorySwitch(const char* short_option, const char* long_option, const char* glossary);
 
-// ---- Getters. Each exists for (leaf, key) and for a NamedArg. A key that the leaf does not have
-// reads like a parameter that was not given.
-
 // The leaf's parameter of exactly that key, the first in order; null when there is none.
 const NamedArg* FindParameter(const CommandNode& leaf, const char* key);
+
+// ---- Getters. Each but TextOr exists for (leaf, key) and for a NamedArg. A key that the leaf does
+// not have reads like a parameter that was not given.
 
 bool IsGiven(const CommandNode& leaf, const char* key);
 bool IsGiven(const NamedArg& parameter);

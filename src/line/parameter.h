@@ -1,5 +1,5 @@
-// Parameters of leaves as data. The rows stand beside the record that they set, in the headers of
-// the subjects; from them come the command line's objects, help, completion and manual.
+// Parameters of leaves as data. The rows stand in the headers of the subjects; from them come the
+// command line's objects, help, completion and manual.
 //
 // Texts are part of the interface: leading blanks, trailing newlines and spelling stay as they are.
 // So do the patterns.

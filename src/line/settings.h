@@ -1,15 +1,17 @@
 // Rows of settings: an option, its report line and the record's field in one place. What a leaf
-// sets, what a report prints and what a configuration holds all read the rows.
+// sets and what a report prints both read the rows.
 #pragma once
 
 #include <strings.h>
+
+#include <string>
 
 #include "line/node.h"
 #include "line/parameter.h"
 
 namespace corvane {
 
-// An on/off switch: the field holds 1 or 0.
+// An on/off switch: on stores 1 in the field, off stores 0.
 template <class Record, class Field = uint32_t>
 struct SwitchRow {
   ParameterSpec parameter;

@@ -30,12 +30,12 @@ struct NodeSpec {
   const char* description;
   std::span<const NodeSpec> children = {};
   const ParameterSpec* device = nullptr;
-  ParameterList parameters = {};  // behind the device
+  ParameterList parameters = {};  // after the device
   Handler handler = nullptr;
 };
 
 constexpr const ParameterSpec* kOne = &kOneDevice;
-constexpr const ParameterSpec* kAll = &kOneDeviceOrAll;
+constexpr const ParameterSpec* kOneOrAll = &kOneDeviceOrAll;
 
 constexpr NodeSpec Branch(const char* name, const char* description,
                           std::span<const NodeSpec> children) {
@@ -99,10 +99,10 @@ constexpr NodeSpec kFilterCommands[] = {
 
 constexpr NodeSpec kTimingCommands[] = {
     Leaf("config", "Set timing configuration", kOne, kTimingConfigParameters, TimingConfig),
-    Leaf("setsntp", "Set timestamp from SNTP", kAll, kTimingSntpParameters, TimingSetSntp),
-    Leaf("setgps", "Set timestamp from GPS", kAll, TimingSetGps),
-    Leaf("setmanual", "Set manual timestamp", kAll, kTimingManualParameters, TimingSetManual),
-    Leaf("setsystem", "Set timestamp from system time", kAll, TimingSetSystem),
+    Leaf("setsntp", "Set timestamp from SNTP", kOneOrAll, kTimingSntpParameters, TimingSetSntp),
+    Leaf("setgps", "Set timestamp from GPS", kOneOrAll, TimingSetGps),
+    Leaf("setmanual", "Set manual timestamp", kOneOrAll, kTimingManualParameters, TimingSetManual),
+    Leaf("setsystem", "Set timestamp from system time", kOneOrAll, TimingSetSystem),
     Leaf("save", "Save timing configuration to the device", kOne, TimingSave),
     Leaf("status", "Display timing information", kOne, TimingStatus),
 };

@@ -52,7 +52,7 @@ int RunLeaf(const CommandNode& leaf, int argc, char** argv, const std::string& p
 
 }  // namespace
 
-// A leaf without parameters gets no line end after its path: scripts know its help as it is.
+// A leaf without parameters gets no line end after its path: scripts rely on that.
 int PrintUsage(const CommandNode& node, const std::string& path) {
   printf("Usage :\n  %s", path.c_str());
   if (!node.children.empty()) PrintChildNames(node);

@@ -18,8 +18,8 @@ namespace {
 constexpr int32_t kCapacity = 128;
 constexpr uint32_t kIdleMs = 1;
 
-// Copies the receiver's output until the library reports an error, and returns the result for it,
-// or until the output cannot be written. Every chunk is flushed, so that the reader of a pipe gets
+// Copies the receiver's output until the library reports an error or the output cannot be written;
+// returns the result. Every chunk is flushed, so that the reader of a pipe gets
 // a sentence when the receiver sends it.
 int Stream(DeviceHandle device) {
   int32_t count = 0;
@@ -38,7 +38,7 @@ int Stream(DeviceHandle device) {
     }
     buffer[std::min(count, kCapacity)] = '\0';
     fputs(buffer, stdout);
-    if (!FlushOutput()) return kSuccess;  // main() tells of it
+    if (!FlushOutput()) return kSuccess;  // FinishOutput() tells of it
   }
 }
 

@@ -5,7 +5,6 @@
 #include <sys/select.h>
 #include <sys/socket.h>
 
-#include <cstdio>
 #include <cstring>
 
 #include "console/report.h"

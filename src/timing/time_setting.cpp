@@ -59,8 +59,8 @@ int SelectTargets(const CommandNode& leaf, Targets& targets) {
   return kSuccess;
 }
 
-// Sets the clock of every target; make_time gives the record anew for each. The last call decides
-// about the result; a device without timing counts as a failing call or not at all.
+// Sets the clock of every target; make_time makes a new record for each. The last call decides the
+// result; a device without timing counts as a failing call or not at all.
 template <class MakeTime>
 int SetTimes(const Targets& targets, const Messages& messages, WithoutTiming without_timing,
              MakeTime make_time) {

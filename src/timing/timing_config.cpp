@@ -49,7 +49,7 @@ void PrintConfiguration(const FeaturesRecord& features) {
   printf("\tPPS compensation : %.02f ns\n", features.ppscomp * -kNsPerStep);
   printf("\tTimestamp on");
   const char* separator = " : ";
-  for (const TimingChoice& row : kTimestampPlace) {
+  for (const TimingChoice& row : kPortTimestampPlaces) {
     printf("%s%s : %s", separator, row.label, ChoiceName(row, features));
     separator = "   ";
   }
@@ -98,7 +98,7 @@ int TimingConfig(const CommandNode& leaf) {
     return Fail(kBadValue,
                 "Invalid PPS compensation delay specified. The delay must be in [-50.6;0] ns.");
   }
-  for (const TimingChoice& row : kTimestampPlace) ApplyChoice(leaf, row, features);
+  for (const TimingChoice& row : kPortTimestampPlaces) ApplyChoice(leaf, row, features);
   status = CorvaneAPISetDeviceFeatures(session.device(), features);
   if (status != kSuccess) puts("Failed to set Corvane Features configuration");
   return status;

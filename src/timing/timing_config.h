@@ -6,7 +6,7 @@
 
 namespace corvane {
 
-inline constexpr Choice kTimestampInitializations[] = {
+inline constexpr Choice kInitializationChoices[] = {
     {"system", CORVANE_TIME_SYSTEM, "Initialize from system time"},
     {"rtc", CORVANE_TIME_RTC, "Initialize from RTC"},
     {"gps", CORVANE_TIME_GPS, "Initialize from GPS"},
@@ -14,7 +14,7 @@ inline constexpr Choice kTimestampInitializations[] = {
     {nullptr, CORVANE_TIME_MANUAL, "Initialize manually"},
 };
 
-inline constexpr Choice kTimestampPlaces[] = {
+inline constexpr Choice kPlaceChoices[] = {
     {"capture", 0, "Capture"}, {"ingress", 1, "Ingress"}, {"egress", 2, "Egress"}};
 
 using TimingChoice = ChoiceRow<FeaturesRecord>;
@@ -22,7 +22,7 @@ using TimingChoice = ChoiceRow<FeaturesRecord>;
 inline constexpr TimingChoice kTimestampInitialization = {
     PatternSpec("tssource", "tssource", "^none|system|gps|rtc$", "<none|system|gps|rtc>", 3,
                 "Timestamp source\n"),
-    "Timestamp initialization", &FeaturesRecord::tssource, kTimestampInitializations};
+    "Timestamp initialization", &FeaturesRecord::tssource, kInitializationChoices};
 
 inline constexpr SwitchRow<FeaturesRecord> kTimingSwitches[] = {
     {SwitchSpec("waitforsync", "Wait for sync\n"), "Wait for sync", &FeaturesRecord::waitforsync},
@@ -41,15 +41,15 @@ constexpr ParameterSpec TimestampPlaceSpec(const char* name, const char* glossar
 }
 
 // In the order of the ports.
-inline constexpr TimingChoice kTimestampPlace[] = {
+inline constexpr TimingChoice kPortTimestampPlaces[] = {
     {TimestampPlaceSpec("portAts", "Port A timestamp generation place\n"), "Port A",
-     &FeaturesRecord::portAts, kTimestampPlaces},
+     &FeaturesRecord::portAts, kPlaceChoices},
     {TimestampPlaceSpec("portBts", "Port B timestamp generation place\n"), "Port B",
-     &FeaturesRecord::portBts, kTimestampPlaces},
+     &FeaturesRecord::portBts, kPlaceChoices},
 };
 
 inline constexpr auto kTimingConfigParameters =
-    Parameters(kTimestampInitialization, kTimingSwitches, kPpsCompensation, kTimestampPlace);
+    Parameters(kTimestampInitialization, kTimingSwitches, kPpsCompensation, kPortTimestampPlaces);
 
 inline constexpr const char* kTimingUnsupported =
     "Your device does not support timing information and configuration";

@@ -1,9 +1,8 @@
-#include "device/capabilities.h"
-
 #include <cstdio>
 
 #include "console/report.h"
 #include "console/status.h"
+#include "device/capabilities.h"
 #include "device/session.h"
 #include "inventory/inventory.h"
 #include "line/device_option.h"
