@@ -1,5 +1,6 @@
 #include "support/simulation.h"
 
+#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,14 +14,30 @@
 
 namespace {
 
-[[noreturn]] void Execute(const std::string& folder, std::vector<std::string>& words) {
-  setenv("CORVANE_SIM_CONFIG", (folder + "/sim.toml").c_str(), 1);
-  setenv("CORVANE_SIM_STATE", (folder + "/state").c_str(), 1);
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  execv(CORVANE_EXECUTABLE, argv.data());
-  _exit(127);
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+// Spawned, not forked: a copy of this process could wait for ever for the allocator's lock, if
+// another thread holds it just then.
+pid_t Start(const std::string& folder, std::vector<std::string>& words, int out, int err) {
+  // Of variables that stand there twice the first counts.
+  std::vector<std::string> variables = {"CORVANE_SIM_CONFIG=" + folder + "/sim.toml",
+                                        "CORVANE_SIM_STATE=" + folder + "/state"};
+  for (char** each = environ; *each != nullptr; ++each) variables.emplace_back(*each);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, err, STDERR_FILENO);
+  pid_t program = 0;
+  const int failed = posix_spawn(&program, CORVANE_EXECUTABLE, &actions, nullptr,
+                                 Pointers(words).data(), Pointers(variables).data());
+  posix_spawn_file_actions_destroy(&actions);
+  if (failed != 0) abort();
+  return program;
 }
 
 // Signals that a shell or a supervisor left ignored or blocked would be so in every program that a
@@ -93,13 +110,7 @@ Result Simulation::Run(std::vector<std::string> words, int limit_ms) const {
   words.insert(words.begin(), "corvane");
   const int out = memfd_create("out", MFD_CLOEXEC);
   const int err = memfd_create("err", MFD_CLOEXEC);
-  const pid_t child = fork();
-  if (child == 0) {
-    dup2(out, STDOUT_FILENO);
-    dup2(err, STDERR_FILENO);
-    Execute(folder_, words);
-  }
-  const int status = WaitFor(child, limit_ms);
+  const int status = WaitFor(Start(folder_, words, out, err), limit_ms);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Written(out),
           Written(err)};
 }
