@@ -70,7 +70,7 @@ TEST(Dispatcher, AnswersWhatItCannotRunWithUsage) {
 
 // What no command makes use of: keys that a leaf does not have, and makers of nothing.
 TEST(Getters, FallBackWhereThereIsNothing) {
-  const CommandNode& leaf = *MakeNode("leaf", nullptr, {}, {}, nullptr);
+  static const CommandNode& leaf = *MakeNode("leaf", nullptr, {}, {}, nullptr);  // never freed
   EXPECT_FALSE(IsGiven(leaf, "none"));
   EXPECT_EQ(Integer(leaf, "none", 5), 5);
   EXPECT_EQ(Real(leaf, "none", 0.5), 0.5);
