@@ -2,11 +2,11 @@
 # capture.sh [ROUNDS [PACKETS]]
 #
 # What the frame path and the capture writer cost compared with Debian's tools on the same file:
-# PACKETS mixed packets are read through libpcap and written as pcapng. In each round the tool and
-# the frame path run one after the other. Prints the medians of their CPU times (user and system,
-# ms) and of the rounds' ratios with the goals, and OK or MISSED. A missed goal is a finding, not a
-# failure: the status is 0 unless something could not be built or run, or the tool kept other
-# packets.
+# PACKETS mixed packets are read as the simulator reads files and written as pcapng. In each round
+# the tool and the frame path run one after the other. Prints the medians of their CPU times (user
+# and system, ms) and of the rounds' ratios with the goals, and OK or MISSED. A missed goal is a
+# finding, not a failure: the status is 0 unless something could not be built or run, or the tool
+# kept other packets.
 source "$(dirname "${BASH_SOURCE[0]}")/../scripts/common.sh"
 
 rounds=${1:-9}
@@ -32,7 +32,8 @@ prepare() {
   mkdir -p "$out"
   g++ -std=c++20 -O2 -flto -DNDEBUG -static-libstdc++ -static-libgcc -I "$root/simulator" \
     -I "$root/src" -o "$out/capture_path" "$root/benchmarks/capture_path.cpp" \
-    "$tap"/*.cpp "$dump"/{pcapng,capture_files,capture_writer}.cpp -lpcap -lz
+    "$tap"/*.cpp "$dump"/{pcapng,capture_files,capture_writer}.cpp \
+    "$root"/simulator/{traffic/capture_file,state/host_clock}.cpp -lz
   python3 "$root/benchmarks/capture_trace.py" "$trace" "$packets"
 }
 

@@ -2,9 +2,6 @@
 //
 // Takes the packets of a capture file through the device's frame path into a pcapng file, as a
 // direct capture does, and prints how many were kept. All arrive at port A.
-#include <pcap/pcap.h>
-#include <stdio_ext.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +9,7 @@
 
 #include "dump/capture_writer.h"
 #include "tap/frame_path.h"
+#include "traffic/capture_file.h"
 
 using namespace simulator;
 
@@ -20,14 +18,6 @@ namespace {
 int Usage() {
   fprintf(stderr, "capture_path IN OUT [slice BYTES | filter HOST PORT | pattern HEX32]\n");
   return 2;
-}
-
-pcap_t* OpenTrace(const char* path) {
-  FILE* file = fopen(path, "rbm");  // mapped, as the simulator opens it
-  if (file == nullptr) return nullptr;
-  __fsetlocking(file, FSETLOCKING_BYCALLER);  // no other thread reads it
-  char error[PCAP_ERRBUF_SIZE];
-  return pcap_fopen_offline_with_tstamp_precision(file, PCAP_TSTAMP_PRECISION_NANO, error);
 }
 
 void Slice(PathSettings& settings, int bytes) {
@@ -85,36 +75,13 @@ bool Configure(PathSettings& settings, int count, char** words) {
   return mode == "pattern" && count == 2 && Pattern(settings, words[1]);
 }
 
-struct Capture {
-  pcap_t* trace;
-  FramePath path;
-  CaptureWriter writer;
-  uint64_t kept = 0;
-};
-
-// One packet of the trace, for libpcap.
-void Take(u_char* user, const pcap_pkthdr* head, const u_char* bytes) {
-  auto& capture = *reinterpret_cast<Capture*>(user);
-  const RawFrame frame = {.bytes = bytes,
-                          .length = head->caplen,
-                          .wire_length = head->len,
-                          .port = 0,
-                          .crc_ok = true,
-                          .hw_dropped = false,
-                          .time_ns = head->ts.tv_sec * 1'000'000'000 + head->ts.tv_usec};
-  KeptFrame kept;
-  if (!capture.path.Process(frame, kept)) return;
-  ++capture.kept;
-  if (!capture.writer.Write(kept)) pcap_breakloop(capture.trace);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   PathSettings settings = {};
   if (argc < 3 || !Configure(settings, argc - 3, argv + 3)) return Usage();
-  pcap_t* trace = OpenTrace(argv[1]);
-  if (trace == nullptr) return perror(argv[1]), 1;
+  CaptureFile trace;
+  if (!trace.Open(argv[1])) return fprintf(stderr, "capture_path: %s\n", trace.reason().c_str()), 1;
   const std::string out = argv[2];
   const size_t slash = out.rfind('/');
   CaptureTarget target;
@@ -122,14 +89,21 @@ int main(int argc, char** argv) {
   target.pattern = out.substr(slash + 1);
   target.max_cache = uint64_t{100} << 20;
   std::string reason;
-  Capture capture = {.trace = trace, .path = FramePath(settings)};
-  if (!capture.writer.Open(target, reason) ||
-      pcap_loop(trace, -1, Take, reinterpret_cast<u_char*>(&capture)) != 0 ||
-      !capture.writer.Close()) {
-    fprintf(stderr, "capture_path: %s\n", capture.writer.reason().c_str());
+  FramePath path(settings);
+  CaptureWriter writer;
+  unsigned long long count = 0;
+  bool ok = writer.Open(target, reason);
+  RawFrame frame;
+  KeptFrame kept;
+  while (ok && trace.Next(frame) == Supply::kFrame) {
+    if (!path.Process(frame, kept)) continue;
+    ++count;
+    ok = writer.Write(kept);
+  }
+  if (!writer.Close() || !trace.reason().empty()) {
+    fprintf(stderr, "capture_path: %s%s\n", writer.reason().c_str(), trace.reason().c_str());
     return 1;
   }
-  pcap_close(trace);
-  printf("%llu\n", static_cast<unsigned long long>(capture.kept));
+  printf("%llu\n", count);
   return 0;
 }

@@ -116,7 +116,7 @@ cat >"$out/sim.toml" <<TOML
 [[device]]
 type = 11
 mac = "00:1a:2b:3c:4d:01"
-capabilities = ["Basic", "Statistics V2", "PcapNG"]
+capabilities = ["Basic", "Dual ports", "Statistics V2", "PcapNG"]
 [device.port_a]
 source = "interface"
 interface = "receiver"

@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <numeric>
 
 #include "require.h"
@@ -16,7 +17,9 @@ constexpr int kMostFrames = 100;
 constexpr int64_t kEnd = INT64_MAX - 1;  // all that can be due is due
 
 void CheckFrame(const RawFrame& frame) {
-  Require(std::accumulate(frame.bytes, frame.bytes + frame.length, 0U) <= 255 * frame.length);
+  const uint32_t there = frame.length + static_cast<uint32_t>(std::max<int>(frame.fcs_length, 0));
+  Require(std::accumulate(frame.bytes, frame.bytes + there, 0U) <= 255 * there);
+  Require(frame.fcs_length <= 4 && frame.time_ns >= 0);
   Require(ParseFrame(frame).vlan_count <= kMaxVlanTags);
   Require(frame.length <= frame.wire_length);
 }
@@ -27,7 +30,7 @@ void Replay(const PortSource& source) {
   if (!replay.Open(source, 1, 1000, 0, reason)) return Require(!reason.empty());
   for (int i = 0; i < kMostFrames; ++i) {
     RawFrame frame = {};
-    const Supply supply = replay.Next(kEnd, {0}, frame);
+    const Supply supply = replay.Next(kEnd, kNeverNs, frame);
     if (supply == Supply::kFailed) return Require(!replay.reason().empty());
     if (supply != Supply::kFrame) return;
     CheckFrame(frame);

@@ -41,7 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(names.insert(device.name).second);
   }
   for (const Fault& fault : configuration->faults) {
-    Require(fault.status != 0 && fault.call >= 0 && fault.from >= 1 && !fault.function.empty());
+    Require(fault.call >= 0 && fault.from >= 1 && fault.times >= 1 && fault.for_ms >= 0);
+    Require(fault.away ? fault.status != 0 : !fault.function.empty());
   }
   return 0;
 }

@@ -36,9 +36,6 @@ constexpr struct {
   bool full_frames = false;
 } kCases[] = {
     {"as it comes", {}, {}, kSize},
-    {"port A off", {.disablea = 1}, {}, -1},
-    {"port B off", {.disableb = 1}, {}, kSize},
-    {"port B off, from B", {.disableb = 1}, {.port = 1}, -1},
     {"CRC error", {}, {.crc_error = true}, -1},
     {"CRC error, kept", {.transmitcrcerrors = 1}, {.crc_error = true}, kSize},
     {"dropped by the hardware", {.transmitcrcerrors = 1}, {.hw_dropped = true}, -1},
@@ -55,8 +52,8 @@ constexpr struct {
 class FramePathTest : public testing::Test {
  protected:
   FramePathTest() {
-    settings_.capabilities =
-        CORVANE_CAP_FILTER | CORVANE_CAP_PACKET_TYPE_FILTER | CORVANE_CAP_VLAN_FILTER;
+    settings_.capabilities = CORVANE_CAP_FILTER | CORVANE_CAP_PACKET_TYPE_FILTER |
+                             CORVANE_CAP_VLAN_FILTER | CORVANE_CAP_SLICING_LENGTH;
     memset(&settings_.types, 1, sizeof settings_.types);
     std::iota(content_.begin(), content_.end(), 0);
   }
@@ -84,6 +81,26 @@ TEST_F(FramePathTest, KeepsCutsAndCompletesFramesAsTheFeaturesSay) {
     EXPECT_EQ(kept_.time_ns, kTime);
     EXPECT_EQ(kept_.port, c.arrival.port);
     EXPECT_EQ(memcmp(kept_.bytes, content_.data(), std::min(kept_.length, kSize)), 0);
+  }
+}
+
+TEST_F(FramePathTest, ALinkCarriesWhatItsSpeedAllows) {
+  const struct {
+    int64_t bits_per_second;
+    int64_t pause_ns;  // between the starts of two frames
+    int arriving;      // of 10000 frames of kSize bytes and what is around them
+  } cases[] = {{0, 1'000'000, 0},
+               {8'000 * (kSize + 24), 1'000'000, 10'000},
+               {8'000 * (kSize + 24), 500'000, 5'100},           // and what waits for 100 ms
+               {8'000 * (kSize + 24), -1'000'000'000, 10'000}};  // a clock that is set back
+  for (const auto& c : cases) {
+    settings_.bits_per_second[1] = c.bits_per_second;
+    FramePath path(settings_);
+    int arriving = 0;
+    RawFrame frame = FrameOf({.port = 1});
+    for (int i = 0; i < 10'000; ++i, frame.time_ns += c.pause_ns) arriving += path.Arrives(frame);
+    EXPECT_EQ(arriving, c.arriving) << c.bits_per_second << " " << c.pause_ns;
+    EXPECT_FALSE(path.Arrives(FrameOf({})));  // port A has no link
   }
 }
 

@@ -37,7 +37,7 @@ ip -n "$name" link set receiver up
 
 # configure PORT INTERFACE [PORT INTERFACE]
 configure() {
-  printf '[[device]]\nmac = "00:1a:2b:3c:4d:01"\ncapabilities = ["Statistics V2"]\n' >"$folder/sim.toml"
+  printf '[[device]]\nmac = "00:1a:2b:3c:4d:01"\ncapabilities = ["Statistics V2", "Dual ports"]\n' >"$folder/sim.toml"
   printf '[device.port_%s]\nsource = "interface"\ninterface = "%s"\n' "$@" >>"$folder/sim.toml"
   rm -rf "$folder/out"
   mkdir "$folder/out"

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <random>
+#include <span>
 #include <thread>
 
 #include "support/expectations.h"
@@ -70,6 +71,18 @@ void ExpectComplaint(const Result& result, int status, const std::string& part) 
   EXPECT_NE(result.err.find(part), std::string::npos) << result.err;
 }
 
+// A script that needs rights which the test has not ends with 77.
+void ExpectOutcomes(const Simulation& simulation, const std::string& names,
+                    std::span<const std::tuple<std::string, int, const char*>> cases) {
+  for (const auto& [script, status, complaint] : cases) {
+    const Result result = Shell(simulation, "echo precious >victim;" + names + script);
+    if (result.status == 77) continue;
+    if (status != 0) ExpectComplaint(result, status, complaint);
+    EXPECT_EQ(result.status, status) << script << result.err;
+    EXPECT_EQ(ReadFile(simulation.folder() + "/victim"), "precious\n") << script;
+  }
+}
+
 TEST_F(MachineTest, RefusesWhatIsLockedOrDamagedAndIgnoresTheUnknown) {
   const std::string add = "INSERT INTO configuration VALUES ('00:1a:2b:3c:4d:5e', 'dpi_filter', ";
   const std::tuple<std::string, int, const char*> cases[] = {
@@ -86,7 +99,6 @@ TEST_F(MachineTest, RefusesWhatIsLockedOrDamagedAndIgnoresTheUnknown) {
   EXPECT_FALSE(fs::exists(folder + "/state/capture-00-1a-2b-3c-4d-5e.status"));
 }
 
-// 77: the row wants rights that the test has not.
 TEST_F(MachineTest, NeitherFollowsNorTrustsWhatOthersPutInItsWay) {
   const std::string names =
       "umask 022; page=state/capture-00-1a-2b-3c-4d-5e.status list='" CORVANE_EXECUTABLE
@@ -94,7 +106,7 @@ TEST_F(MachineTest, NeitherFollowsNorTrustsWhatOthersPutInItsWay) {
       "start='" CORVANE_EXECUTABLE
       " directcapture start -o x'; home=$PWD/home/.local/state;"
       "bare='env -uCORVANE_SIM_STATE -uXDG_STATE_HOME HOME='; simulator=$home/corvane-simulator;"
-      "rm -rf state home; mkdir -p state $simulator; echo precious >victim;";
+      "rm -rf state home; mkdir -p state $simulator;";
   const char* foreign = ": it is a link or belongs to another user";
   const std::tuple<std::string, int, const char*> cases[] = {
       {"ln -s ../victim $page; $start", 231, foreign},
@@ -112,13 +124,20 @@ TEST_F(MachineTest, NeitherFollowsNorTrustsWhatOthersPutInItsWay) {
       {"unshare -Urm true || exit 77; echo root:x:0:0::$PWD/home: >users;"
        "unshare -Urm sh -c \"mount --bind users /etc/passwd; $bare $list\" && ls $simulator/*.db",
        0, ""}};
-  for (const auto& [script, status, complaint] : cases) {
-    const Result result = Shell(simulation, names + script);
-    if (result.status == 77) continue;
-    if (status != 0) ExpectComplaint(result, status, complaint);
-    EXPECT_EQ(result.status, status) << script << result.err;
-    EXPECT_EQ(ReadFile(folder + "/victim"), "precious\n") << script;
-  }
+  ExpectOutcomes(simulation, names, cases);
+}
+
+TEST_F(MachineTest, AnotherUserSeesTheCaptureAndMayNotEndIt) {
+  simulation.Run(start);
+  const std::string names =
+      "umask 0; chmod -R go+rX . && touch journal && chmod 666 journal;"
+      "other='setpriv --reuid=1 --clear-groups -- " CORVANE_EXECUTABLE
+      "'; $other list >all 2>&1 || exit 77;";
+  const std::tuple<std::string, int, const char*> cases[] = {
+      {"$other directcapture status | grep 'Enabled : 1'", 0, ""},
+      {"$other directcapture stop", 233, "stop the capture of 00:1a:2b:3c:4d:5e: Operation not"},
+      {"chmod 600 state/capture*; $other directcapture status", 233, ".status: Permission denied"}};
+  ExpectOutcomes(simulation, names, cases);
 }
 
 TEST_F(MachineTest, SurvivesAnyBytesInItsDatabase) {

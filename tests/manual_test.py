@@ -14,10 +14,10 @@ import sys
 import tempfile
 
 BUILD, SOURCE = sys.argv[1:3]
-PAGES = [f"{BUILD}/corvane.1", f"{SOURCE}/docs/corvane-report.1", f"{SOURCE}/docs/corvane-sim.1",
-         f"{SOURCE}/docs/corvane-simulator.5"]
+PAGES = [f"{BUILD}/corvane.1", f"{SOURCE}/docs/corvane-report.1", f"{SOURCE}/docs/corvane-sim.1", f"{SOURCE}/docs/corvane-simulator.5"]
 README = f"{SOURCE}/README.md"
-OWN = re.compile(r"referenced manual not found: Xr corvane(-sim|-simulator|-report)? \d")
+OWN = re.compile(r"outdated mandoc.db lacks |referenced manual not found: "
+                 r"Xr (corvane(-sim|-simulator|-report)?|wireshark|tshark|extcap) \d")
 MARK = "=-= next =-=\n"
 failures = []
 
@@ -47,7 +47,7 @@ def lint(page):
 
 
 def plain(text):
-    for escape, character in (("\\-", "-"), ("\\(aq", "'"), ("\\&", ""), ("\\e", "\\")):
+    for escape, character in (("\\-", "-"), ("\\(aq", "'"), ("\\(dq", '"'), ("\\&", ""), ("\\e", "\\")):
         text = text.replace(escape, character)
     return text
 
@@ -125,6 +125,9 @@ with tempfile.TemporaryDirectory() as folder:
     for path in PAGES:
         lint(path)
         for display in displays(path):
+            if "[device." in display:  # the page's next example reads it
+                with open(f"{folder}/lab.toml", "w", encoding="utf-8") as file:
+                    file.write(display)
             if "[[device]]" in display:  # the page's next example reads it too
                 check_configuration(path, display, folder)
             ran += run_display(path, display, folder) if "$ " in display else 0

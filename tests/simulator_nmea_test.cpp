@@ -7,7 +7,7 @@ using namespace simulator;
 namespace {
 
 GpsSecond Fixed(double latitude, double longitude) {
-  return {1'000'000'000, {latitude, longitude, 12.34}, GpsFix::k3d, 5, 4};
+  return {1'000'000'000, {latitude, longitude, 12.34}, GpsFix::k3d, {5, 0}, 4};
 }
 
 // The checksums were worked out apart from the program.
@@ -22,10 +22,12 @@ TEST(SimulatorNmea, SecondWithAFix) {
 }
 
 TEST(SimulatorNmea, RoundsAndCarriesPositionsCalendarAndSatellites) {
-  const GpsSecond no_fix = {.time = 0, .satellites_used = 7};
+  const GpsSecond no_fix = {.time = 0, .used = 7};
   const GpsSecond leap_day = {.time = 1'709'251'199};
   const GpsSecond next_day = {.time = 1'709'251'200};
-  const GpsSecond many = {0, {}, GpsFix::k3d, UINT32_MAX, UINT32_MAX};
+  const GpsSecond many = {0, {}, GpsFix::k3d, {UINT32_MAX, 0}, UINT32_MAX};
+  const GpsSecond both = {0, {}, GpsFix::k3d, {3, 5}, 4};
+  const GpsSecond glonass = {0, {}, GpsFix::k2d, {0, 3}, 3};
   const std::pair<GpsSecond, const char*> cases[] = {
       {Fixed(47.3769, -8.5417), ",4722.61400,N,00832.50200,W,"},
       {Fixed(-0.00001, -0.00001), ",0000.00060,S,00000.00060,W,"},
@@ -41,6 +43,11 @@ TEST(SimulatorNmea, RoundsAndCarriesPositionsCalendarAndSatellites) {
       {next_day, "$GPZDA,000000.00,01,03,2024,"},
       {many, ",E,1,12,0.9,"},
       {many, "$GPGSV,3,3,12,"},
+      {both, "$GNGGA,000000.00,4722.61400,N,00832.50200,E,1,04,"},
+      {both, "$GNGSA,A,3,12,25,29,,,,,,,,,,1.6,"},
+      {both, "$GNGSA,A,3,65,,,,,,,,,,,,1.6,"},
+      {both, "$GLGSV,2,2,05,69,38,121,43*"},
+      {glonass, "$GLRMC,000000.00,A,"},
   };
   for (const auto& [second, part] : cases) {
     EXPECT_NE(NmeaSentences(second).find(part), std::string::npos) << part;

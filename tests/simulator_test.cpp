@@ -42,6 +42,16 @@ TEST(SimulatorDevices, AreGoneWhileTheyRestart) {
   EXPECT_GE(simulation.CallsOf("CorvaneApiSleepMs"), 4);
 }
 
+TEST(SimulatorJournal, HasTimesAndNoPollsWhenItIsToldSo) {
+  const Simulation simulation("journal_times = true\njournal_quiet = true\n" +
+                              DeviceToml(kMac, 0x3FFFFFF));
+  simulation.Run("nmea", 200);
+  const std::string line =
+      R"((?!CorvaneAPIGPSOutputRead)Corvane\w+ .*status=0 time=\d+\.\d{6} pid=\d+\n)";
+  const std::string journal = ReadFile(simulation.folder() + "/journal");
+  EXPECT_TRUE(std::regex_match(journal, std::regex("(" + line + "){4,}"))) << journal;
+}
+
 TEST(SimulatorFaults, HitWhateverReturnsAStatusOrTheDeviceList) {
   std::istringstream header(ReadFile(CORVANE_HEADER));
   static const std::regex declaration(R"((\w+\*?) (Corvane\w+)\(.*)");
@@ -56,13 +66,31 @@ TEST(SimulatorFaults, HitWhateverReturnsAStatusOrTheDeviceList) {
   EXPECT_GT(count, 0);
 }
 
-TEST(SimulatorFaults, HitTheNthCallOfTheNamedDevice) {
-  const Simulation simulation(DeviceToml(kMac, 0) + DeviceToml("00:1a:2b:3c:4d:5f", 0) +
-                              FaultToml("CorvaneAPIGetDeviceType", -9, 2) +
-                              FaultToml("CorvaneAPIGetDeviceMAC", -9) + "device = \"" + kMac +
-                              "\"\n");
-  EXPECT_EQ(simulation.Run("list").out,
-            "Found 2 corvanes\n0 : 11 Corvane-M7 MAC error\n1 : Error\n");
+TEST(SimulatorFaults, HitSomeCallsForSomeTimeOrDelayThem) {
+  const std::string named = "function = \"CorvaneAPIGetDeviceFeatures\"\n";
+  const std::string away = "away = true\ndevice = \"" + std::string(kMac) + "\"\n";
+  // What commands see one after another; the folder is in use for long before the last.
+  const std::pair<std::string, std::string> cases[] = {
+      {named + "status = -7\nfrom = 2\ntimes = 2", "0 0 0 0 "},
+      {named + "status = -7\ndevice = '00:1a:2b:3c:4d:5f'", "0 0 0 0 "},
+      {named + "status = -7\nfrom = 2\ntimes = 2\npersistent = true", "0 249 249 0 "},
+      {named + "status = -7\ncall = 2\npersistent = true", "0 249 0 0 "},
+      {named + "status = -7\nafter_s = 3600", "0 0 0 249 "},
+      {named + "status = -7\nfor_s = 3600", "249 249 249 0 "},
+      {away + "for_s = 3600", "252 252 252 0 "},
+      {away + named, "252 252 252 252 "},
+      {named + "delay_ms = 100", "0 0 0 0 late"}};
+  for (const auto& [fault, seen] : cases) {
+    const Simulation simulation(DeviceToml("00:1a:2b:3c:4d:5f", 0) + DeviceToml(kMac, 0) +
+                                "[[fault]]\n" + fault);
+    const Result result = Shell(
+        simulation, "mac=00:1a:2b:3c:4d:5e; try() { " CORVANE_EXECUTABLE
+                    " features show -d $mac >all; printf '%s ' $?; };"
+                    "start=$(date +%s%N); try; try; try; sqlite3 state/devices.db "
+                    "\"UPDATE fact SET bytes = x'0100000000000000' WHERE name = 'first_use'\"; try;"
+                    "[ $((($(date +%s%N) - start) / 1000000)) -lt 400 ] || echo late");
+    EXPECT_TRUE(result.out.starts_with(seen)) << fault << result.out;
+  }
 }
 
 // Two hundred programs, twenty at once, on one device whose state does not exist yet: each reads,

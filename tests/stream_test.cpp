@@ -14,10 +14,11 @@ TEST(Stream, NmeaRunsUntilTheInterrupt) {
   simulation.Run("timing setmanual --timestamp 1800000000");
   const Result result = simulation.Run("nmea", 2500);
   EXPECT_EQ(result.status, 128 + SIGINT);
-  EXPECT_TRUE(result.out.starts_with("Corvane detected\n$GPRMC,08000")) << result.out;
-  for (const char* part : {".00,A,3351.40800,S,15112.91800,E,", ",27.5,M,", ",15,01,2027,00,00*"}) {
+  EXPECT_TRUE(result.out.starts_with("Corvane detected\n$GNRMC,")) << result.out;
+  for (const char* part : {".00,A,3351.40800,S,15112.91800,E,", ",27.5,M,"}) {
     EXPECT_NE(result.out.find(part), std::string::npos) << part << " in\n" << result.out;
   }
+  EXPECT_EQ(result.out.find(",15,01,2027,00,00*"), std::string::npos);  // satellites have their own
   EXPECT_TRUE(result.out.ends_with("\r\n"));
   size_t size = strlen("Corvane detected\n");
   for (const std::string& line : simulation.Lines("CorvaneAPIGPSOutputRead")) {
@@ -55,7 +56,7 @@ const std::string kStarted =
     "If the process gets interrupted, do NOT unplug your device and try again.\n";
 
 TEST(Stream, AnUpdateShowsItsProgressWhileItRuns) {
-  const Simulation simulation(OneDevice(0, "update = {duration_ms = 1500}"));
+  const Simulation simulation(OneDevice(CORVANE_CAP_UPDATE, "update = {duration_ms = 1500}"));
   const std::string words = UpdateWords(simulation);
   const std::string begun = simulation.Run(words, 1000).out;
   EXPECT_TRUE(begun.starts_with(kStarted + "Progress : 0% -  \r")) << begun;
@@ -88,7 +89,7 @@ Result RunByShell(const Simulation& simulation, const std::string& words,
 }
 
 TEST(Stream, AnUpdateGoesToItsEndWithoutItsReader) {
-  const Simulation simulation(OneDevice(0, "update = {duration_ms = 700}"));
+  const Simulation simulation(OneDevice(CORVANE_CAP_UPDATE, "update = {duration_ms = 700}"));
   const Result result = RunByShell(simulation, UpdateWords(simulation), "head -n 3");
   EXPECT_EQ(result.err, "corvane: cannot write to standard output: Broken pipe\n");
   EXPECT_EQ(result.status, 1);

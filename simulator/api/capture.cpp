@@ -5,13 +5,14 @@
 #include <algorithm>
 #include <cstring>
 
-#include "api/wide_text.h"
+#include "journal/wide_text.h"
 #include "library/call_frame.h"
-#include "library/complaints.h"
 #include "model/device_records.h"
 #include "model/facts.h"
 
 using namespace simulator;
+using corvane::TextArgument;
+using corvane::Utf8Of;
 
 namespace {
 
@@ -46,10 +47,6 @@ DumpSettings SettingsOf(const Config& config) {
           .full_frames = config.full_frames};
 }
 
-bool IsRunning(Call& call) {
-  return CaptureIsRunning(CapturePlaceOf(call));
-}
-
 std::string TextFact(Call& call, const char* name) {
   const auto bytes =
       call.state.Fact(call.device.name, std::string("dump_") + name, DeviceState::kAnySize);
@@ -78,7 +75,7 @@ int32_t Configure(const char* function, DeviceHandle device, const Config& recor
     for (const DumpText& text : texts) {
       if (text.text == nullptr) return kInvalidArgument;
     }
-    if (IsRunning(call)) return kCaptureRuns;
+    if (LookAtCapture(call).runs) return kCaptureRuns;
     SetFact(call, kSettings, SettingsOf(record));
     SetTexts(call, texts);
     return CORVANE_OK;
@@ -89,19 +86,13 @@ int32_t Configure(const char* function, DeviceHandle device, const Config& recor
 
 // The cache maximum comes from the configuration, which may be newer than the last capture.
 DiskDumpStatus CurrentStatus(Call& call) {
-  DiskDumpStatus status = ReadCapture(CapturePlaceOf(call)).status;
+  if (IsGivenRaw(call, "disk_dump_status")) {
+    return Current<DiskDumpStatus>(call, "disk_dump_status");
+  }
+  DiskDumpStatus status = LookAtCapture(call).report.status;
   DumpSettings settings = {};
   if (ReadFact(call, kSettings, settings)) status.max_cache = settings.max_cache;
   return status;
-}
-
-int32_t FillStatus(Call& call, DiskDumpStatus& status) {
-  if (IsGivenRaw(call, "disk_dump_status")) {
-    memcpy(&status, CurrentRecord(call, "disk_dump_status").data(), sizeof status);
-  } else {
-    status = CurrentStatus(call);
-  }
-  return CORVANE_OK;
 }
 
 CaptureTarget TargetOf(Call& call, const DumpSettings& settings) {
@@ -121,22 +112,27 @@ CaptureTarget TargetOf(Call& call, const DumpSettings& settings) {
 
 int32_t StartDump(Call& call) {
   DumpSettings settings;
-  if (IsRunning(call)) return kCaptureRuns;
+  if (LookAtCapture(call).runs) return kCaptureRuns;
   if (!ReadFact(call, kSettings, settings)) return kInvalidArgument;
   CaptureOrder order = {};
   order.settings = CurrentCaptureSettings(call, settings.full_frames != 0);
   order.target = TargetOf(call, settings);
   std::copy(std::begin(call.device.ports), std::end(call.device.ports), order.source.ports);
   order.source.mix_rate = call.device.traffic_rate;
-  if (call.state.failed()) return kStateFailed;
-  std::string reason;
-  if (StartCapture(CapturePlaceOf(call), order, reason)) return CORVANE_OK;
-  Complain("cannot start the capture: " + reason);
-  return kCaptureFailed;
+  call.afterwards = [&call, order]() -> int32_t {
+    std::string reason;
+    if (StartCapture(CapturePlaceOf(call), order, reason)) return CORVANE_OK;
+    if (reason.ends_with(kAnotherRuns)) return kCaptureRuns;
+    call.complaint = "cannot start the capture: " + reason;
+    return kCaptureFailed;
+  };
+  return CORVANE_OK;
 }
 
 int32_t StopDump(Call& call) {
-  return StopCapture(CapturePlaceOf(call)) ? int32_t{CORVANE_OK} : kCaptureFailed;
+  const bool ended = EndCapture(call, StopCapture);
+  LookAtCapture(call);
+  return ended ? int32_t{CORVANE_OK} : kCaptureFailed;
 }
 
 }  // namespace
@@ -144,7 +140,7 @@ int32_t StopDump(Call& call) {
 extern "C" {
 
 int32_t CorvaneAPIDiskDumpGetStatus(DeviceHandle device, DiskDumpStatus* status) {
-  return FillCall(__func__, device, 0, "", status, FillStatus);
+  return ReportCall(__func__, device, 0, status, CurrentStatus);
 }
 
 int32_t CorvaneAPIDiskDumpSetConfig(DeviceHandle device, DiskDumpConfig config) {

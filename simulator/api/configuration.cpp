@@ -1,9 +1,9 @@
 // The configuration records, all of which are read, written and saved in the same way.
-#include <cstring>
-
 #include "device/capabilities.h"
 #include "library/call_frame.h"
+#include "model/clock.h"
 #include "model/device_records.h"
+#include "model/past.h"
 
 using namespace simulator;
 
@@ -12,10 +12,8 @@ namespace {
 template <class Record>
 int32_t GetRecord(const char* function, DeviceHandle device, uint32_t capabilities,
                   const char* name, Record* record) {
-  return FillCall(function, device, capabilities, "", record, [=](Call& call, Record& current) {
-    memcpy(&current, CurrentRecord(call, name).data(), sizeof current);
-    return CORVANE_OK;
-  });
+  return ReportCall(function, device, capabilities, record,
+                    [=](Call& call) { return Current<Record>(call, name); });
 }
 
 template <class Record>
@@ -23,7 +21,9 @@ int32_t SetRecord(const char* function, DeviceHandle device, uint32_t capabiliti
                   const char* name, const Record& record) {
   const std::string arguments = HexArgument("record", &record, sizeof record);
   return DeviceCall(function, device, Access::kWrite, capabilities, arguments, [&](Call& call) {
+    const BeforeChange before = LookBack(call, HostMs());
     call.state.SetConfiguration(call.device.name, name, BytesOf(record));
+    NoteChange(call, before);
     return CORVANE_OK;
   });
 }
@@ -34,11 +34,6 @@ int32_t SaveRecords(const char* function, DeviceHandle device, uint32_t capabili
     for (const char* name : names) call.state.SaveConfiguration(call.device.name, name);
     return CORVANE_OK;
   });
-}
-
-// Where a counter stands in the record of all counters.
-uint8_t* CounterAt(Bytes& counters, uint32_t index) {
-  return counters.data() + index * sizeof(CounterV2Config);
 }
 
 }  // namespace
@@ -104,8 +99,7 @@ int32_t CorvaneAPIGetCounterV2(DeviceHandle device, uint32_t index, CounterV2Con
   const std::string arguments = " index=" + std::to_string(index);
   const auto fill = [=](Call& call, CounterV2Config& record) {
     if (index >= CORVANE_COUNTERS_V2) return kInvalidArgument;
-    Bytes counters = CurrentRecord(call, "counters_v2");
-    memcpy(&record, CounterAt(counters, index), sizeof record);
+    record = Current<Counters>(call, "counters_v2")[index];
     return int32_t{CORVANE_OK};
   };
   return FillCall(__func__, device, CORVANE_CAP_STATISTICS_V2, arguments, counter, fill);
@@ -113,15 +107,15 @@ int32_t CorvaneAPIGetCounterV2(DeviceHandle device, uint32_t index, CounterV2Con
 
 int32_t CorvaneAPISetCounterV2(DeviceHandle device, CounterV2Config counter) {
   const std::string arguments = HexArgument("record", &counter, sizeof counter);
-  return DeviceCall(__func__, device, Access::kWrite, CORVANE_CAP_STATISTICS_V2, arguments,
-                    [&](Call& call) {
-                      const auto index = static_cast<uint32_t>(counter.index);
-                      if (index >= CORVANE_COUNTERS_V2) return kInvalidArgument;
-                      Bytes counters = CurrentRecord(call, "counters_v2");
-                      memcpy(CounterAt(counters, index), &counter, sizeof counter);
-                      call.state.SetConfiguration(call.device.name, "counters_v2", counters);
-                      return int32_t{CORVANE_OK};
-                    });
+  return DeviceCall(
+      __func__, device, Access::kWrite, CORVANE_CAP_STATISTICS_V2, arguments, [&](Call& call) {
+        const auto index = static_cast<uint32_t>(counter.index);
+        if (index >= CORVANE_COUNTERS_V2) return kInvalidArgument;
+        auto counters = Current<Counters>(call, "counters_v2");
+        counters[index] = counter;
+        call.state.SetConfiguration(call.device.name, "counters_v2", BytesOf(counters));
+        return int32_t{CORVANE_OK};
+      });
 }
 
 }  // extern "C"

@@ -4,22 +4,15 @@
 #include "device/capabilities.h"
 #include "library/call_frame.h"
 #include "model/gps_output.h"
+#include "model/link.h"
 
 using namespace simulator;
-
-namespace {
-
-bool HasReceiver(const Call& call) {
-  return (call.device.capabilities & CORVANE_CAP_GPS) != 0;
-}
-
-}  // namespace
 
 extern "C" {
 
 int32_t CorvaneAPIGPSOutputFlush(DeviceHandle device) {
   return DeviceCall(__func__, device, Access::kRead, 0, "", [](Call& call) -> int32_t {
-    if (!HasReceiver(call)) return CORVANE_GPS_OUTPUT_NOT_SUPPORTED;
+    if (!HasCapability(call, CORVANE_CAP_GPS)) return CORVANE_GPS_OUTPUT_NOT_SUPPORTED;
     FlushGpsOutput(call);
     return CORVANE_OK;
   });
@@ -29,7 +22,7 @@ int32_t CorvaneAPIGPSOutputRead(DeviceHandle device, char* buffer, int32_t capac
                                 int32_t* count) {
   const std::string arguments = " capacity=" + std::to_string(capacity);
   return DeviceCall(__func__, device, Access::kRead, 0, arguments, [=](Call& call) -> int32_t {
-    if (!HasReceiver(call)) return CORVANE_GPS_OUTPUT_NOT_SUPPORTED;
+    if (!HasCapability(call, CORVANE_CAP_GPS)) return CORVANE_GPS_OUTPUT_NOT_SUPPORTED;
     if (buffer == nullptr || count == nullptr || capacity <= 0) return kInvalidArgument;
     *count = ReadGpsOutput(call, buffer, static_cast<size_t>(capacity));
     const auto size = static_cast<size_t>(std::clamp(*count, 0, capacity));

@@ -30,22 +30,20 @@ extern "C" {
 
 int32_t CorvaneAPIInitialize(void) {
   if (!OpenLibrary()) return kStateFailed;
-  int32_t status = CORVANE_OK;
-  if (PlainCall(__func__, "", status)) CloseLibrary();
+  const int32_t status = PlainCall(__func__);
+  if (status != CORVANE_OK) CloseLibrary();
   return status;
 }
 
 int32_t CorvaneAPIUninitialize(void) {
-  int32_t status = CORVANE_OK;
-  PlainCall(__func__, "", status);
+  const int32_t status = PlainCall(__func__);
   CloseLibrary();
   return status;
 }
 
 DeviceList* CorvaneAPIGetDevicesList(void) {
-  int32_t status = CORVANE_OK;
   std::vector<DeviceHandle> handles;
-  if (PlainCall(__func__, "", status) || !TheLibrary().state.is_open()) return nullptr;
+  if (PlainCall(__func__) != CORVANE_OK || !TheLibrary().state.is_open()) return nullptr;
   if (!AttachedDevices(handles)) return nullptr;
 
   auto owned = std::make_unique<OwnedList>();
@@ -60,8 +58,7 @@ DeviceList* CorvaneAPIGetDevicesList(void) {
 }
 
 void CorvaneApiDeviceListFree(DeviceList* list) {
-  int32_t status = CORVANE_OK;
-  PlainCall(__func__, "", status);
+  PlainCall(__func__);
   const auto held = HeldLists().find(list);
   if (held == HeldLists().end()) return;
   // As strict as a library can be: what works here also works where handles live on.
@@ -70,15 +67,14 @@ void CorvaneApiDeviceListFree(DeviceList* list) {
 }
 
 void CorvaneApiSleepMs(uint32_t milliseconds) {
-  int32_t status = CORVANE_OK;
-  PlainCall(__func__, " milliseconds=" + std::to_string(milliseconds), status);
+  PlainCall(__func__, " milliseconds=" + std::to_string(milliseconds));
   std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
 uint32_t CorvaneAPIGetVersion(void) {
-  int32_t status = CORVANE_OK;
-  PlainCall(__func__, "", status);
-  return TheLibrary().configuration.library_version;
+  const uint32_t version = TheLibrary().configuration.library_version;
+  PlainCall(__func__, HexArgument("record", &version, sizeof version));
+  return version;
 }
 
 }  // extern "C"

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "api/wide_text.h"
+#include "journal/wide_text.h"
 #include "library/call_frame.h"
 #include "model/clock.h"
 #include "model/device_records.h"
@@ -10,6 +10,8 @@
 #include "model/firmware_file.h"
 
 using namespace simulator;
+using corvane::TextArgument;
+using corvane::Utf8Of;
 
 namespace {
 
@@ -67,15 +69,15 @@ extern "C" {
 
 int32_t CorvaneAPIFirmwareUpdateStart(DeviceHandle device, const wchar_t* path) {
   const FirmwareFile firmware = path == nullptr ? FirmwareFile{} : ReadFirmwareFile(Utf8Of(path));
-  return DeviceCall(__func__, device, Access::kWrite, 0, TextArgument("path", path),
-                    [&](Call& call) {
+  return DeviceCall(__func__, device, Access::kWrite, CORVANE_CAP_UPDATE,
+                    TextArgument("path", path), [&](Call& call) {
                       if (path == nullptr) return kInvalidArgument;
                       return StartUpdate(call, firmware);
                     });
 }
 
 int32_t CorvaneAPIFirmwareUpdateGetProgress(DeviceHandle device, int32_t* percent) {
-  return DeviceCall(__func__, device, Access::kWrite, 0, "", [&](Call& call) {
+  return DeviceCall(__func__, device, Access::kWrite, CORVANE_CAP_UPDATE, "", [&](Call& call) {
     if (percent == nullptr) return kInvalidArgument;
     return UpdateProgress(call, *percent);
   });

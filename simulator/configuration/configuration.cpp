@@ -1,5 +1,7 @@
 #include "configuration/configuration.h"
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -9,32 +11,20 @@
 namespace simulator {
 namespace {
 
-bool ReadJournal(Where node, Configuration& configuration, ConfigurationError& error) {
-  return ReadText(node, configuration.journal, error);
-}
-
 bool ReadLibraryVersion(Where node, Configuration& configuration, ConfigurationError& error) {
   uint8_t numbers[4];
-  if (!ReadVersion(node, numbers, error)) return false;
-  configuration.library_version = 0;
-  for (int i = 0; i < 4; ++i) {
-    configuration.library_version |= static_cast<uint32_t>(numbers[i]) << (8 * i);
-  }
-  return true;
-}
-
-bool ReadLockWait(Where node, Configuration& configuration, ConfigurationError& error) {
-  return ReadInteger(node, 0, 3'600'000, configuration.lock_wait_ms, error);
-}
-
-bool ReadDeviceCount(Where node, Configuration& configuration, ConfigurationError& error) {
-  return ReadInt32(node, configuration.device_count.emplace(), error);
+  const bool ok = ReadValue(node, numbers, error);
+  if (ok) memcpy(&configuration.library_version, numbers, sizeof numbers);
+  return ok;
 }
 
 constexpr Key<Configuration> kFileKeys[] = {
-    {"journal", ReadJournal},
-    {"device_count", ReadDeviceCount},
-    {"lock_wait_ms", ReadLockWait},
+    {"journal", ReadMember<&Configuration::journal>},
+    {"journal_times", ReadMember<&Configuration::journal_times>},
+    {"journal_quiet", ReadMember<&Configuration::journal_quiet>},
+    {"device_count", ReadNumber<INT32_MIN, INT32_MAX, &Configuration::device_count>},
+    {"lock_wait_ms", ReadNumber<0, 3'600'000, &Configuration::lock_wait_ms>},
+    {"time_scale", ReadNumber<1, 1000, &Configuration::time_scale>},
     {"library_version", ReadLibraryVersion},
 };
 
@@ -58,8 +48,9 @@ bool TakeTables(toml::table& file, const char* name, AddTable add, Configuration
 
 bool ReadFile(toml::table& file, Configuration& configuration, ConfigurationError& error) {
   return TakeTables(file, "device", AddDevice, configuration, error) &&
+         TakeTables(file, "event", AddEvent, configuration, error) &&
          TakeTables(file, "fault", AddFault, configuration, error) &&
-         ReadKeys(file, kFileKeys, configuration, error);
+         ReadTable(file, "", kFileKeys, configuration, error);
 }
 
 void MakePathsWhole(const std::filesystem::path& folder, Configuration& configuration) {
@@ -83,6 +74,7 @@ std::optional<Configuration> ReadConfiguration(std::string_view text, const std:
   Configuration configuration;
   configuration.library_version = 0x01040702;  // 2.7.4.1
   if (!ReadFile(parsed.table(), configuration, error)) return std::nullopt;
+  std::ranges::stable_sort(configuration.events, {}, &Event::at_ms);
   MakePathsWhole(std::filesystem::path(path).parent_path(), configuration);
   return configuration;
 }

@@ -1,4 +1,6 @@
 // The [[device]] tables.
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 
@@ -10,23 +12,12 @@
 namespace simulator {
 namespace {
 
-bool ReadType(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  return ReadInt32(node, device.type_code, error);
-}
-
-std::string MacText(const uint8_t* mac) {
-  char text[18];
-  snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
-           mac[4], mac[5]);
-  return text;
-}
-
 // VLAN filtering has no label in the utility's reports, but a device may have it.
 constexpr const char* kVlanFilterLabel = "VLAN filter";
 
 bool AddCapability(Where node, DeviceConfiguration& device, ConfigurationError& error) {
   std::string label;
-  if (!ReadText(node, label, error)) return false;
+  if (!ReadValue(node, label, error)) return false;
   uint32_t bit = label == kVlanFilterLabel ? CORVANE_CAP_VLAN_FILTER : 0;
   for (const corvane::Capability& capability : corvane::kCapabilities) {
     if (label == capability.label) bit = capability.bit;
@@ -43,25 +34,7 @@ bool ReadCapabilities(Where node, DeviceConfiguration& device, ConfigurationErro
     }
     return true;
   }
-  int64_t mask = 0;
-  if (!ReadInteger(node, 0, UINT32_MAX, mask, error)) return false;
-  device.capabilities = static_cast<uint32_t>(mask);
-  return true;
-}
-
-bool ReadSwFirmware(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  return ReadVersion(node, device.versions.sw_firmware, error);
-}
-
-bool ReadDriver(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  return ReadVersion(node, device.versions.driver, error);
-}
-
-bool ReadHwFirmware(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  int64_t version = 0;
-  if (!ReadInteger(node, 0, UINT32_MAX, version, error)) return false;
-  device.versions.hw_firmware = static_cast<uint32_t>(version);
-  return true;
+  return ReadNumber<0, UINT32_MAX, &DeviceConfiguration::capabilities>(node, device, error);
 }
 
 // Reads a record in hexadecimal digits that other keys give field by field.
@@ -88,7 +61,7 @@ bool ReadHwFirmwares(Where node, DeviceConfiguration& device, ConfigurationError
   }
   for (Where name : *names) {
     std::string text;
-    if (!ReadText(name, text, error)) return false;
+    if (!ReadValue(name, text, error)) return false;
     if (text.size() >= CORVANE_HW_FIRMWARE_NAME_SIZE) {
       return RefuseValue(name, "a firmware name has at most 31 bytes", error);
     }
@@ -97,20 +70,31 @@ bool ReadHwFirmwares(Where node, DeviceConfiguration& device, ConfigurationError
   return true;
 }
 
-bool ReadBootTime(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  return ReadInteger(node, 0, 3'600'000, device.boot_ms, error);
+constexpr Key<DeviceConfiguration> kTrafficKeys[] = {
+    {"rate", ReadNumber<0, 10'000'000, &DeviceConfiguration::traffic_rate>}};
+constexpr Key<DeviceConfiguration> kUpdateKeys[] = {
+    {"duration_ms", ReadNumber<0, 3'600'000, &DeviceConfiguration::update_ms>}};
+
+bool ReadTraffic(Where node, DeviceConfiguration& device, ConfigurationError& error) {
+  return ReadTable(node, "traffic wants a [device.traffic] table", kTrafficKeys, device, error);
 }
 
+bool ReadUpdate(Where node, DeviceConfiguration& device, ConfigurationError& error) {
+  return ReadTable(node, "update wants a [device.update] table", kUpdateKeys, device, error);
+}
+
+constexpr auto kVersions = &DeviceConfiguration::versions;
+
 constexpr Key<DeviceConfiguration> kDeviceKeys[] = {
-    {"type", ReadType},
+    {"type", ReadNumber<INT32_MIN, INT32_MAX, &DeviceConfiguration::type_code>},
     {"mac", ReadMac},
     {"capabilities", ReadCapabilities},
-    {"sw_firmware", ReadSwFirmware},
-    {"driver", ReadDriver},
-    {"hw_firmware", ReadHwFirmware},
+    {"sw_firmware", ReadMember<kVersions, &VersionRecord::sw_firmware>},
+    {"driver", ReadMember<kVersions, &VersionRecord::driver>},
+    {"hw_firmware", ReadNumber<0, UINT32_MAX, kVersions, &VersionRecord::hw_firmware>},
     {"hw_firmwares", ReadHwFirmwares},
     {"versions", ReadVersions},
-    {"boot_ms", ReadBootTime},
+    {"boot_ms", ReadNumber<0, 3'600'000, &DeviceConfiguration::boot_ms>},
     {"gps", ReadGps},
     {"gps_output", ReadGpsOutput},
     {"port_a", ReadPortA},
@@ -138,23 +122,29 @@ bool ReadMac(Where node, DeviceConfiguration& device, ConfigurationError& error)
   std::string text;
   unsigned b[CORVANE_MAC_SIZE];
   char rest = 0;
-  if (!ReadText(node, text, error)) return false;
+  if (!ReadValue(node, text, error)) return false;
   if (text.find_first_not_of("0123456789abcdefABCDEF:") != std::string::npos || text.size() != 17 ||
       sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%c", &b[0], &b[1], &b[2], &b[3], &b[4], &b[5],
              &rest) != CORVANE_MAC_SIZE) {
     return RefuseValue(node, "bad MAC address \"" + text + "\"", error);
   }
-  for (int i = 0; i < CORVANE_MAC_SIZE; ++i) device.mac[i] = static_cast<uint8_t>(b[i]);
-  device.name = MacText(device.mac);
+  for (size_t i = 0; i < CORVANE_MAC_SIZE; ++i) device.mac[i] = static_cast<uint8_t>(b[i]);
+  device.name = text;
+  std::ranges::transform(text, device.name.begin(), tolower);
+  return true;
+}
+
+bool ReadValue(Where node, std::optional<std::string>& device, ConfigurationError& error) {
+  DeviceConfiguration named;
+  if (!ReadMac(node, named, error)) return false;
+  device = named.name;
   return true;
 }
 
 bool AddDevice(Where node, Configuration& configuration, ConfigurationError& error) {
-  const toml::table* table = node.as_table();
-  if (table == nullptr) return RefuseValue(node, "device wants [[device]] tables", error);
   DeviceConfiguration device;
-  if (!ReadKeys(*table, kDeviceKeys, device, error)) return false;
-  if (!ReadRecords(*table, device, error)) return false;
+  if (!ReadTable(node, "device wants [[device]] tables", kDeviceKeys, device, error)) return false;
+  if (!ReadRecords(*node.as_table(), device, error)) return false;
   if (device.name.empty()) return RefuseValue(node, "a device needs a mac", error);
   for (const DeviceConfiguration& other : configuration.devices) {
     if (other.name == device.name) {

@@ -4,34 +4,18 @@
 namespace simulator {
 namespace {
 
-bool ReadLatitude(Where node, GpsPosition& position, ConfigurationError& error) {
-  return ReadReal(node, -90, 90, position.latitude, error);
-}
-
-bool ReadLongitude(Where node, GpsPosition& position, ConfigurationError& error) {
-  return ReadReal(node, -180, 180, position.longitude, error);
-}
-
-bool ReadAltitude(Where node, GpsPosition& position, ConfigurationError& error) {
-  return ReadReal(node, -1000, 100'000, position.altitude, error);
-}
-
 constexpr Key<GpsPosition> kGpsKeys[] = {
-    {"latitude", ReadLatitude},
-    {"longitude", ReadLongitude},
-    {"altitude", ReadAltitude},
+    {"latitude", ReadRange<-90, 90, &GpsPosition::latitude>},
+    {"longitude", ReadRange<-180, 180, &GpsPosition::longitude>},
+    {"altitude", ReadRange<-1000, 100'000, &GpsPosition::altitude>},
 };
 
 constexpr size_t kMostOutput = 128;  // bytes of a read
 
-bool ReadCount(Where node, GivenGpsOutput& output, ConfigurationError& error) {
-  return ReadInt32(node, output.count, error);
-}
-
 bool ReadOutputText(Where node, GivenGpsOutput& output, ConfigurationError& error) {
   std::string digits;
   Bytes bytes;
-  if (!ReadText(node, digits, error)) return false;
+  if (!ReadValue(node, digits, error)) return false;
   if (!ReadHex(digits, bytes) || bytes.size() > kMostOutput) {
     return RefuseValue(node, "at most 128 bytes in hexadecimal digits are expected here", error);
   }
@@ -39,20 +23,18 @@ bool ReadOutputText(Where node, GivenGpsOutput& output, ConfigurationError& erro
   return true;
 }
 
-constexpr Key<GivenGpsOutput> kOutputKeys[] = {{"count", ReadCount}, {"text", ReadOutputText}};
+constexpr Key<GivenGpsOutput> kOutputKeys[] = {
+    {"count", ReadNumber<INT32_MIN, INT32_MAX, &GivenGpsOutput::count>}, {"text", ReadOutputText}};
 
 }  // namespace
 
 bool ReadGps(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  const toml::table* table = node.as_table();
-  if (table == nullptr) return RefuseValue(node, "gps wants a [device.gps] table", error);
-  return ReadKeys(*table, kGpsKeys, device.position, error);
+  return ReadTable(node, "gps wants a [device.gps] table", kGpsKeys, device.position, error);
 }
 
 bool ReadGpsOutput(Where node, DeviceConfiguration& device, ConfigurationError& error) {
-  const toml::table* table = node.as_table();
-  if (table == nullptr) return RefuseValue(node, "gps_output wants a table", error);
-  return ReadKeys(*table, kOutputKeys, device.gps_output.emplace(), error);
+  return ReadTable(node, "gps_output wants a table", kOutputKeys, device.gps_output.emplace(),
+                   error);
 }
 
 }  // namespace simulator

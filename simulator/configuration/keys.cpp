@@ -21,14 +21,14 @@ bool ReadInteger(Where node, int64_t low, int64_t high, int64_t& value, Configur
   return true;
 }
 
-bool ReadInt32(Where node, int32_t& value, ConfigurationError& error) {
-  int64_t wide = 0;
-  if (!ReadInteger(node, INT32_MIN, INT32_MAX, wide, error)) return false;
-  value = static_cast<int32_t>(wide);
+bool ReadValue(Where node, bool& value, ConfigurationError& error) {
+  const auto* truth = node.as_boolean();
+  if (truth == nullptr) return RefuseValue(node, "true or false is expected here", error);
+  value = truth->get();
   return true;
 }
 
-bool ReadText(Where node, std::string& value, ConfigurationError& error) {
+bool ReadValue(Where node, std::string& value, ConfigurationError& error) {
   const auto* text = node.as_string();
   if (text == nullptr) return RefuseValue(node, "a text is expected here", error);
   value = text->get();
@@ -47,17 +47,17 @@ bool ReadReal(Where node, double low, double high, double& value, ConfigurationE
   return true;
 }
 
-bool ReadVersion(Where node, uint8_t (&numbers)[4], ConfigurationError& error) {
+bool ReadValue(Where node, uint8_t (&version)[4], ConfigurationError& error) {
   std::string text;
   unsigned n[4];
   char rest = 0;
-  if (!ReadText(node, text, error)) return false;
+  if (!ReadValue(node, text, error)) return false;
   if (text.find_first_not_of("0123456789.") != std::string::npos ||
       sscanf(text.c_str(), "%3u.%3u.%3u.%3u%c", &n[0], &n[1], &n[2], &n[3], &rest) != 4 ||
       n[0] > 255 || n[1] > 255 || n[2] > 255 || n[3] > 255) {
     return RefuseValue(node, "a version like \"1.2.3.4\" is expected here", error);
   }
-  for (int i = 0; i < 4; ++i) numbers[i] = static_cast<uint8_t>(n[i]);
+  for (int i = 0; i < 4; ++i) version[i] = static_cast<uint8_t>(n[i]);
   return true;
 }
 

@@ -19,7 +19,7 @@ template <class Value, size_t kCount>
 bool ReadWord(Where node, const Word<Value> (&words)[kCount], Value& value,
               ConfigurationError& error) {
   std::string text;
-  if (!ReadText(node, text, error)) return false;
+  if (!ReadValue(node, text, error)) return false;
   std::string expected;
   for (const Word<Value>& word : words) {
     value = word.value;
@@ -37,49 +37,41 @@ bool ReadPace(Where node, PortSource& source, ConfigurationError& error) {
   return ReadWord(node, kPaces, source.pace, error);
 }
 
-bool ReadRate(Where node, PortSource& source, ConfigurationError& error) {
-  return ReadInteger(node, 0, 10'000'000, source.rate, error);
-}
-
-bool ReadSeed(Where node, PortSource& source, ConfigurationError& error) {
-  return ReadInteger(node, 0, UINT32_MAX, source.seed, error);
-}
-
-bool ReadFileName(Where node, PortSource& source, ConfigurationError& error) {
-  return ReadText(node, source.file, error);
-}
-
-bool ReadInterface(Where node, PortSource& source, ConfigurationError& error) {
-  return ReadText(node, source.interface, error);
-}
-
-bool ReadRepeat(Where node, PortSource& source, ConfigurationError& error) {
-  const auto* truth = node.as_boolean();
-  if (truth == nullptr) return RefuseValue(node, "true or false is expected here", error);
-  source.repeat = truth->get();
-  return true;
-}
+constexpr int64_t kMost = 1'000'000'000'000'000;
 
 constexpr Key<PortSource> kPortKeys[] = {
-    {"source", ReadSource}, {"rate", ReadRate},           {"seed", ReadSeed},
-    {"file", ReadFileName}, {"interface", ReadInterface}, {"repeat", ReadRepeat},
+    {"source", ReadSource},
+    {"rate", ReadNumber<0, 10'000'000, &PortSource::rate>},
+    {"seed", ReadNumber<0, UINT32_MAX, &PortSource::seed>},
+    {"frames", ReadNumber<1, kMost, &PortSource::frames>},
+    {"burst", ReadNumber<1, kMost, &PortSource::burst>},
+    {"crc_errors", ReadNumber<1, kMost, &PortSource::crc_errors>},
+    {"drops", ReadNumber<1, kMost, &PortSource::drops>},
+    {"file", ReadMember<&PortSource::file>},
+    {"interface", ReadMember<&PortSource::interface>},
+    {"repeat", ReadMember<&PortSource::repeat>},
     {"pace", ReadPace},
 };
 
+// The keys that a source uses, by SourceKind.
+constexpr std::string_view kUsed[] = {
+    " source ", " source rate seed frames burst crc_errors drops ",
+    " source file interface pace rate repeat ", " source interface "};
+
 bool ReadPort(Where node, PortSource& source, ConfigurationError& error) {
-  const toml::table* table = node.as_table();
-  if (table == nullptr) return RefuseValue(node, "a port wants a table", error);
-  if (!ReadKeys(*table, kPortKeys, source, error)) return false;
-  switch (source.kind) {
-    case SourceKind::kUnset:
-      return RefuseValue(node, "a port needs a source", error);
-    case SourceKind::kPcap:
-      return !source.file.empty() || RefuseValue(node, "a pcap source needs a file", error);
-    case SourceKind::kInterface:
-      return !source.interface.empty() ||
-             RefuseValue(node, "an interface source needs an interface", error);
-    case SourceKind::kGenerator:
-      break;
+  if (!ReadTable(node, "a port wants a table", kPortKeys, source, error)) return false;
+  if (source.kind == SourceKind::kUnset) return RefuseValue(node, "a port needs a source", error);
+  const std::string_view used = kUsed[static_cast<size_t>(source.kind)];
+  for (const auto& [name, value] : *node.as_table()) {
+    const std::string key(name.str());
+    if (used.find(' ' + key + ' ') != std::string_view::npos) continue;
+    return RefuseValue(value, "this source does not use \"" + key + '"', error);
+  }
+  if (source.kind == SourceKind::kPcap && source.file.empty()) {
+    return RefuseValue(node, "a pcap source needs a file", error);
+  }
+  if (source.kind == SourceKind::kInterface && source.interface.empty()) {
+    return RefuseValue(node, "an interface source needs an interface", error);
   }
   return true;
 }

@@ -6,10 +6,14 @@
 namespace simulator {
 namespace {
 
+bool Refuse(const Field& field, Where node, const std::string& wanted, ConfigurationError& error) {
+  return RefuseValue(node, std::string(field.name) + " wants " + wanted, error);
+}
+
 bool WriteInteger(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   const auto* value = node.as_integer();
   const bool whole = value != nullptr || node.is_boolean();
-  if (!whole) return RefuseValue(node, std::string(field.name) + " wants an integer", error);
+  if (!whole) return Refuse(field, node, "an integer", error);
   const int64_t number = value != nullptr ? value->get() : (node.as_boolean()->get() ? 1 : 0);
   // Signed and unsigned numbers will do: -1 and 0xffffffff mean the same in a 32-bit field.
   const int64_t high = (int64_t{1} << (8 * field.width)) - 1;
@@ -22,7 +26,7 @@ bool WriteInteger(const Field& field, Where node, uint8_t* at, ConfigurationErro
 
 bool WriteFloat(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   const auto number = node.value<double>();
-  if (!number) return RefuseValue(node, std::string(field.name) + " wants a number", error);
+  if (!number) return Refuse(field, node, "a number", error);
   const auto single = static_cast<float>(*number);
   if (field.width == sizeof single) {
     memcpy(at, &single, sizeof single);
@@ -36,10 +40,7 @@ bool WriteBytes(const Field& field, Where node, uint8_t* at, ConfigurationError&
   Bytes bytes;
   const auto* text = node.as_string();
   if (text == nullptr || !ReadHex(text->get(), bytes) || bytes.size() != field.width) {
-    return RefuseValue(node,
-                       std::string(field.name) + " wants " + std::to_string(2 * field.width) +
-                           " hexadecimal digits",
-                       error);
+    return Refuse(field, node, std::to_string(2 * field.width) + " hexadecimal digits", error);
   }
   memcpy(at, bytes.data(), field.width);
   return true;
@@ -48,10 +49,8 @@ bool WriteBytes(const Field& field, Where node, uint8_t* at, ConfigurationError&
 bool WriteText(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
   const auto* text = node.as_string();
   if (text == nullptr || text->get().size() >= field.width) {
-    return RefuseValue(node,
-                       std::string(field.name) + " wants a text of at most " +
-                           std::to_string(field.width - 1) + " bytes",
-                       error);
+    const std::string most = std::to_string(field.width - 1);
+    return Refuse(field, node, "a text of at most " + most + " bytes", error);
   }
   memset(at, 0, field.width);
   memcpy(at, text->get().data(), text->get().size());
@@ -64,10 +63,8 @@ bool WriteGroup(const Field& field, Where node, uint8_t* at, ConfigurationError&
   if (field.count == 1) return WriteTable(field.fields, node, at, error);
   const auto* tables = node.as_array();
   if (tables == nullptr || tables->size() > field.count) {
-    return RefuseValue(node,
-                       std::string(field.name) + " wants an array of at most " +
-                           std::to_string(field.count) + " tables",
-                       error);
+    const std::string most = std::to_string(field.count);
+    return Refuse(field, node, "an array of at most " + most + " tables", error);
   }
   for (Where table : *tables) {
     if (!WriteTable(field.fields, table, at, error)) return false;
@@ -76,21 +73,8 @@ bool WriteGroup(const Field& field, Where node, uint8_t* at, ConfigurationError&
   return true;
 }
 
-bool WriteField(const Field& field, Where node, uint8_t* at, ConfigurationError& error) {
-  switch (field.kind) {
-    case FieldKind::kInteger:
-      return WriteInteger(field, node, at, error);
-    case FieldKind::kFloat:
-      return WriteFloat(field, node, at, error);
-    case FieldKind::kBytes:
-      return WriteBytes(field, node, at, error);
-    case FieldKind::kText:
-      return WriteText(field, node, at, error);
-    case FieldKind::kGroup:
-      return WriteGroup(field, node, at, error);
-  }
-  return false;
-}
+constexpr decltype(&WriteGroup) kWriters[] = {WriteInteger, WriteFloat, WriteBytes, WriteText,
+                                              WriteGroup};  // by FieldKind
 
 bool WriteTable(std::span<const Field> fields, Where node, uint8_t* at, ConfigurationError& error) {
   const auto* table = node.as_table();
@@ -103,7 +87,8 @@ bool WriteTable(std::span<const Field> fields, Where node, uint8_t* at, Configur
     if (found == nullptr) {
       return RefuseValue(value, "unknown field \"" + std::string(key.str()) + "\"", error);
     }
-    if (!WriteField(*found, value, at + found->offset, error)) return false;
+    const auto write = kWriters[static_cast<size_t>(found->kind)];
+    if (!write(*found, value, at + found->offset, error)) return false;
   }
   return true;
 }

@@ -7,8 +7,9 @@
 
 namespace simulator {
 
-// [[device]] and [[fault]]: the device or the fault is added to the configuration.
+// [[device]], [[event]] and [[fault]]: what they describe is added to the configuration.
 bool AddDevice(Where node, Configuration& configuration, ConfigurationError& error);
+bool AddEvent(Where node, Configuration& configuration, ConfigurationError& error);
 bool AddFault(Where node, Configuration& configuration, ConfigurationError& error);
 
 // A MAC address as text: the device's address and name.
@@ -21,9 +22,5 @@ bool ReadGpsOutput(Where node, DeviceConfiguration& device, ConfigurationError& 
 // [device.port_a] and [device.port_b]: where the frames at the ports come from.
 bool ReadPortA(Where node, DeviceConfiguration& device, ConfigurationError& error);
 bool ReadPortB(Where node, DeviceConfiguration& device, ConfigurationError& error);
-
-// [device.traffic], the frames at the ports, and [device.update], how long an update takes.
-bool ReadTraffic(Where node, DeviceConfiguration& device, ConfigurationError& error);
-bool ReadUpdate(Where node, DeviceConfiguration& device, ConfigurationError& error);
 
 }  // namespace simulator

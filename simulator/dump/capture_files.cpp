@@ -9,17 +9,12 @@
 #include <cstring>
 #include <ctime>
 
+#include "state/host_clock.h"
+
 namespace simulator {
 namespace {
 
 constexpr mode_t kFileMode = 0640;  // traffic is not for everyone
-
-tm UtcOf(int64_t time_ns) {
-  const time_t seconds = time_ns / 1'000'000'000;
-  tm utc = {};
-  gmtime_r(&seconds, &utc);
-  return utc;
-}
 
 // Where the extension begins: the end of the name when there is none. A dot at the beginning hides
 // the file and begins no extension.
@@ -62,12 +57,12 @@ std::string Failure(const std::string& path, int error) {
 std::string StampedName(const std::string& base, int64_t time_ns) {
   const size_t extension = ExtensionOf(base);
   const std::string end = extension == base.size() ? ".pcapng" : base.substr(extension);
-  return base.substr(0, extension) + Formatted("_%Y%m%d%H%M%S", UtcOf(time_ns)) + end;
+  return base.substr(0, extension) + Formatted("_%Y%m%d%H%M%S", UtcOf(time_ns / kSecond)) + end;
 }
 
 std::string PatternName(const std::string& pattern, const std::string& device_name,
                         int64_t time_ns) {
-  const tm time = UtcOf(time_ns);
+  const tm time = UtcOf(time_ns / kSecond);
   std::string name;
   for (size_t i = 0; i < pattern.size(); ++i) {
     if (pattern[i] == '%' && i + 1 < pattern.size()) {

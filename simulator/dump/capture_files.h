@@ -20,6 +20,7 @@ struct CaptureTarget {
   uint64_t max_cache = 0;    // bytes that may wait to be written; one packet always may
   uint32_t snap_length = 0;  // 0 for no limit
   bool crc_kept = false;     // frames end with their four CRC bytes
+  bool stamped_by_host = false;  // the device gives no time stamps
   std::string device_name;
   int64_t start_ns = 0;  // since the epoch; 0 for the host's clock
 };

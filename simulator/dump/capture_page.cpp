@@ -21,8 +21,8 @@ CapturePage::~CapturePage() {
   if (file_ >= 0) close(file_);
 }
 
-bool CapturePage::Map() {
-  void* memory = mmap(nullptr, sizeof *shared_, PROT_READ | PROT_WRITE, MAP_SHARED, file_, 0);
+bool CapturePage::Map(int protection) {
+  void* memory = mmap(nullptr, sizeof *shared_, protection, MAP_SHARED, file_, 0);
   if (memory == MAP_FAILED) return false;
   shared_ = static_cast<SharedCapture*>(memory);
   return true;
@@ -30,24 +30,26 @@ bool CapturePage::Map() {
 
 // The room on the disk is taken now: writing to a page without room would end the process.
 bool CapturePage::Hold(const std::string& path, std::string& reason) {
-  file_ = OpenStateFile(path, O_CREAT, reason);
+  file_ = OpenStateFile(path, O_RDWR | O_CREAT, reason);
   struct flock lock = kWholeFile;
   if (file_ >= 0 && fcntl(file_, F_SETLK, &lock) == 0) {
     const int failure = posix_fallocate(file_, 0, sizeof *shared_);
-    if (failure == 0 && Map()) return true;
+    if (failure == 0 && Map(PROT_READ | PROT_WRITE)) return true;
     if (failure != 0) errno = failure;
   }
-  if (file_ >= 0) reason = strerror(errno);
+  if (file_ >= 0) reason = errno == EAGAIN ? kAnotherRuns : strerror(errno);
   reason = "cannot use " + path + ": " + reason;
   return false;
 }
 
-bool CapturePage::Open(const std::string& path) {
+bool CapturePage::Open(const std::string& path, int access) {
   std::string unused;
-  file_ = OpenStateFile(path, 0, unused);
+  file_ = OpenStateFile(path, access, unused);
   struct stat facts;
   if (file_ < 0 || fstat(file_, &facts) != 0) return false;
-  return facts.st_size >= static_cast<off_t>(sizeof *shared_) && Map();
+  errno = 0;
+  return facts.st_size >= static_cast<off_t>(sizeof *shared_) &&
+         Map(access == O_RDWR ? PROT_READ | PROT_WRITE : PROT_READ);
 }
 
 pid_t CapturePage::Holder() const {

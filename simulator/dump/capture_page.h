@@ -27,6 +27,7 @@ struct CaptureReport {
   DiskDumpStatus status;
   PathCounts counts;
   uint64_t frames_lost;  // no room for them in the cache
+  char reason[512];      // of kFailed, for people
 };
 
 struct CaptureSettings {
@@ -69,7 +70,11 @@ class SharedValue {
 struct SharedCapture {
   SharedValue<CaptureReport> report;
   SharedValue<CaptureSettings> settings;
+  std::atomic<uint32_t> told;  // not 0: people know why it failed
 };
+
+// How the reason ends when another process holds the page.
+inline constexpr const char* kAnotherRuns = "another capture runs";
 
 class CapturePage {
  public:
@@ -83,8 +88,9 @@ class CapturePage {
   // again would free the lock.
   bool Hold(const std::string& path, std::string& reason);
 
-  // For everyone else. False when there is no page.
-  bool Open(const std::string& path);
+  // For everyone else; access is O_RDONLY or O_RDWR. False when there is no page, which a file that
+  // must not be used is not; with errno EACCES when this user may not open it so.
+  bool Open(const std::string& path, int access);
   // The process that holds the page; 0 for none, -1 when there is one that cannot be named.
   pid_t Holder() const;
 
@@ -93,7 +99,7 @@ class CapturePage {
   SharedCapture& shared() { return *shared_; }
 
  private:
-  bool Map();
+  bool Map(int protection);
 
   int file_ = -1;
   SharedCapture* shared_ = nullptr;

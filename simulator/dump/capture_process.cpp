@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <span>
 
 namespace simulator {
 namespace {
@@ -57,15 +56,25 @@ void Tell(const std::string& text) {
   [[maybe_unused]] const ssize_t written = write(kReportFile, text.data(), text.size());
 }
 
+// Opening the sources may take any time: until then the page says that a capture runs.
+bool Begin(CapturePage& page, const CaptureOrder& order, CaptureRun& run, std::string& reason) {
+  CaptureReport report = {.state = CaptureState::kRunning};
+  report.status.enabled = 1;
+  page.shared().settings.Store(order.settings);
+  page.shared().report.Store(report);
+  page.shared().told = 0;
+  const bool open = run.Open(order, reason);
+  page.shared().report.Store(open ? run.Report(CaptureState::kRunning, 0) : CaptureReport{});
+  return open;
+}
+
 int Work(CapturePage& page, const std::string& page_path, const CaptureOrder& order) {
   CaptureRun run;
   std::string reason;
-  if (!page.Hold(page_path, reason) || !run.Open(order, reason)) {
+  if (!page.Hold(page_path, reason) || !Begin(page, order, run, reason)) {
     Tell(reason);
     return 1;
   }
-  page.shared().settings.Store(order.settings);
-  page.shared().report.Store(run.Report(CaptureState::kRunning, 0));
   Tell("1");
   close(kReportFile);
   run.Run(page, stop_wanted);
@@ -85,6 +94,12 @@ int Work(CapturePage& page, const std::string& page_path, const CaptureOrder& or
 }
 
 // ---- In the programs
+
+// True once for each failure; every time for a user who cannot note that it was told.
+bool IsNews(const std::string& page_path) {
+  CapturePage page;
+  return !page.Open(page_path, O_RDWR) || page.shared().told.exchange(1) == 0;
+}
 
 std::string ReadToEnd(int file) {
   std::string text;
@@ -119,53 +134,53 @@ bool StartCapture(const CapturePlace& place, const CaptureOrder& order, std::str
 
 bool CaptureIsRunning(const CapturePlace& place) {
   CapturePage page;
-  return page.Open(PagePath(place)) && page.Holder() != 0;
+  return page.Open(PagePath(place), O_RDONLY) && page.Holder() != 0;
 }
 
-CaptureReport ReadCapture(const CapturePlace& place) {
+CaptureView ReadCapture(const CapturePlace& place) {
+  const std::string path = PagePath(place);
   CapturePage page;
-  if (!page.Open(PagePath(place))) return {};
-  const bool runs = page.Holder() != 0;
-  CaptureReport report = page.shared().report.Load();
-  if (runs) return report;
+  if (!page.Open(path, O_RDONLY)) {
+    return {.refusal = errno == EACCES ? path + ": " + strerror(EACCES) : ""};
+  }
+  CaptureView view = {.runs = page.Holder() != 0, .report = page.shared().report.Load()};
+  CaptureReport& report = view.report;
+  if (view.runs) return view;
   if (report.state > CaptureState::kFailed) return {};  // damaged
   report.status.enabled = 0;
   report.status.cache_used = 0;
-  if (report.state != CaptureState::kRunning) return report;
+  const bool killed = report.state == CaptureState::kRunning;
+  if (!killed && report.state != CaptureState::kFailed) return view;
   report.state = CaptureState::kFailed;
   report.status.error = 1;
-  return report;
+  if (killed) strcpy(report.reason, "its process was killed");
+  if (IsNews(path))
+    view.failure.assign(report.reason, strnlen(report.reason, sizeof report.reason));
+  return view;
 }
 
-void ChangeCapture(const CapturePlace& place, const CaptureSettings& settings) {
-  CapturePage page;
-  if (page.Open(PagePath(place)) && page.Holder() != 0) page.shared().settings.Store(settings);
+bool OpenToChange(const CapturePlace& place, CapturePage& page) {
+  return page.Open(PagePath(place), O_RDWR) && page.Holder() != 0;
 }
 
-bool CaptureFollows(const CapturePlace& place, const CaptureSettings& settings) {
+int StopCapture(const CapturePlace& place) {
   CapturePage page;
-  if (!page.Open(PagePath(place)) || page.Holder() == 0) return true;
-  const CaptureSettings given = page.shared().settings.Load();
-  return std::ranges::equal(std::as_bytes(std::span(&given, 1)),
-                            std::as_bytes(std::span(&settings, 1)));
-}
-
-bool StopCapture(const CapturePlace& place) {
-  CapturePage page;
-  if (!page.Open(PagePath(place))) return true;
+  if (!page.Open(PagePath(place), O_RDONLY)) return errno == EACCES ? EACCES : 0;
   const pid_t holder = page.Holder();
-  if (holder == 0) return true;
-  if (holder < 0 || (kill(holder, SIGTERM) != 0 && errno != ESRCH)) return false;
+  if (holder == 0) return 0;
+  if (holder < 0) return ESRCH;
   for (int waited_ms = 0; waited_ms < kStopLimitMs; ++waited_ms) {
-    if (page.Holder() != holder) return true;
+    // Again and again: one that came just before a read that waits did not interrupt it.
+    if (waited_ms % 1000 == 0 && kill(holder, SIGTERM) != 0 && errno != ESRCH) return errno;
+    if (page.Holder() != holder) return 0;
     usleep(1000);
   }
-  return false;
+  return ETIME;
 }
 
-bool ForgetCapture(const CapturePlace& place) {
-  if (!StopCapture(place)) return false;
-  return unlink(PagePath(place).c_str()) == 0 || errno == ENOENT;
+int ForgetCapture(const CapturePlace& place) {
+  if (const int error = StopCapture(place); error != 0) return error;
+  return unlink(PagePath(place).c_str()) == 0 || errno == ENOENT ? 0 : errno;
 }
 
 }  // namespace simulator

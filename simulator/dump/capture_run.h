@@ -41,7 +41,6 @@ class CaptureRun {
   TrafficSource source_;
   CaptureWriter writer_;
   std::optional<FramePath> path_;
-  PathCounts earlier_ = {};     // counted with earlier settings
   int64_t clock_ahead_ns_ = 0;  // of the monotonic clock
 };
 

@@ -5,35 +5,32 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <limits>
 
 #include "dump/pcapng.h"
+#include "state/host_clock.h"
 
 namespace simulator {
 namespace {
 
 constexpr const char* kApplication = "Corvane simulator";
-constexpr const char* kInterfaces[CORVANE_PORTS] = {"port A", "port B"};
+constexpr std::string_view kNoTimeStamps =
+    "The device gave no time stamps: the times are those of the computer, in microseconds.";
 constexpr size_t kTailSize = CORVANE_PORTS * kStatisticsSize;
-constexpr int64_t kSecond = 1'000'000'000;
-constexpr size_t kWriteSize = size_t{1} << 20;
+constexpr int64_t kFlushNs = kSecond / 5;  // somebody may be looking at the frames as they come
 // There is always room for one packet and for what ends a file.
-constexpr size_t kCacheSize = std::max(kWriteSize, PacketBlockSize(kLongestPacket)) + kTailSize;
-
-int64_t HostNs() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
-}
+constexpr size_t kCacheSize =
+    std::max(CaptureWriter::kMostCache, PacketBlockSize(kLongestPacket, true)) + kTailSize;
 
 std::vector<uint8_t> HeadOf(const CaptureTarget& target) {
   std::vector<uint8_t> head;
   AppendSectionHeader(head, target.device_name, kApplication);
   uint32_t snap_length = std::min(target.snap_length, kLongestPacket);
   if (snap_length == 0) snap_length = kLongestPacket;
-  for (const char* name : kInterfaces) {
-    AppendInterface(head, {name, snap_length, target.crc_kept});
+  for (const char* name : kPortNames) {
+    AppendInterface(head, {name, snap_length, target.crc_kept,
+                           target.stamped_by_host ? kNoTimeStamps : std::string_view()});
   }
   return head;
 }
@@ -54,7 +51,7 @@ bool CaptureWriter::Open(const CaptureTarget& target, std::string& reason) {
   target_ = target;
   head_ = HeadOf(target);
   cache_ = std::make_unique_for_overwrite<uint8_t[]>(kCacheSize);
-  cache_limit_ = static_cast<size_t>(std::min<uint64_t>(target.max_cache, kWriteSize));
+  cache_limit_ = static_cast<size_t>(std::min<uint64_t>(target.max_cache, kMostCache));
   size_limit_ = std::numeric_limits<uint64_t>::max();
   if (target.max_file_size > 0) {
     size_limit_ = std::max<uint64_t>(target.max_file_size, kTailSize) - kTailSize;
@@ -69,7 +66,7 @@ bool CaptureWriter::Write(const KeptFrame& frame) {
   if (state_ == State::kEnded) return true;
   ++ports_[frame.port].seen;
   const uint32_t captured = std::min(frame.length, kLongestPacket);
-  const size_t size = PacketBlockSize(captured);
+  const size_t size = PacketBlockSize(captured, frame.crc_error);
   const bool fits = used_ + size <= cache_limit_ && file_size_ + used_ + size <= size_limit_;
   if (state_ != State::kRunning || (!fits && head_.size() + size > size_limit_)) return Drop(frame);
   if (!fits && !MakeRoom(size)) return Drop(frame);
@@ -78,7 +75,8 @@ bool CaptureWriter::Write(const KeptFrame& frame) {
                              .time_ns = frame.time_ns,
                              .bytes = frame.bytes,
                              .captured = captured,
-                             .original = frame.wire_length});
+                             .original = frame.wire_length,
+                             .crc_error = frame.crc_error});
   used_ += size;
   return true;
 }
@@ -112,7 +110,7 @@ bool CaptureWriter::Tick(int64_t now_ns) {
   flushed_ns_ = std::min(flushed_ns_, now_ns);
   const int64_t duration_ns = target_.max_duration * kSecond;
   if (duration_ns > 0 && now_ns - file_start_ns_ >= duration_ns) return NextFile();
-  if (now_ns - flushed_ns_ < kSecond) return true;
+  if (now_ns - flushed_ns_ < kFlushNs) return true;
   flushed_ns_ = now_ns;
   return Flush();
 }

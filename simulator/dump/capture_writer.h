@@ -19,6 +19,9 @@ namespace simulator {
 
 class CaptureWriter {
  public:
+  // More than this never waits, whatever the target allows.
+  static constexpr size_t kMostCache = size_t{1} << 20;
+
   CaptureWriter() = default;
   ~CaptureWriter();  // closes
   CaptureWriter(const CaptureWriter&) = delete;
@@ -37,7 +40,7 @@ class CaptureWriter {
   // Ends the file and the capture. More calls do nothing.
   bool Close();
   // Tells the writer the time since the epoch, which decides the names of files and when the next
-  // begins. To be called a few times a second, with and without traffic. Flushes every second.
+  // begins. To be called a few times a second, with and without traffic. Flushes every 200 ms.
   bool Tick(int64_t now_ns);
 
   // The last file that the target allows is full. Nothing more is taken, and Write drops nothing.

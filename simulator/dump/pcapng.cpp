@@ -14,16 +14,18 @@ constexpr uint16_t kEthernet = 1;
 
 // Options; the codes are per block type.
 constexpr uint16_t kEnd = 0;
+constexpr uint16_t kComment = 1;
 constexpr uint16_t kHardware = 2;     // section
 constexpr uint16_t kApplication = 4;  // section
 constexpr uint16_t kName = 2;         // interface
 constexpr uint16_t kTimeResolution = 9;
 constexpr uint16_t kFcsLength = 13;
+constexpr uint16_t kFlags = 2;  // packet
+constexpr uint32_t kCrcError = 1U << 24;
 constexpr uint16_t kReceived = 4;  // statistics
 constexpr uint16_t kDropped = 5;
 
 constexpr uint8_t kNanoseconds = 9;  // the negative power of 10
-constexpr uint8_t kCrcBytes = 4;
 
 template <class Value>
 void Put(std::vector<uint8_t>& out, Value value) {
@@ -75,12 +77,6 @@ struct PacketHead {
   uint32_t original;
 };
 
-PacketHead HeadAt(const uint8_t* block) {
-  PacketHead head;
-  memcpy(&head, block, sizeof head);
-  return head;
-}
-
 }  // namespace
 
 void AppendSectionHeader(std::vector<uint8_t>& out, std::string_view hardware,
@@ -100,9 +96,11 @@ void AppendInterface(std::vector<uint8_t>& out, const InterfaceDescription& desc
   Put(out, kEthernet);
   Put(out, uint16_t{0});
   Put(out, description.snap_length);
+  PutText(out, kComment, description.comment);
   PutText(out, kName, description.name);
   PutOption(out, kTimeResolution, &kNanoseconds, sizeof kNanoseconds);
-  if (description.crc_kept) PutOption(out, kFcsLength, &kCrcBytes, sizeof kCrcBytes);
+  const uint8_t fcs_length = description.crc_kept ? 4 : 0;
+  PutOption(out, kFcsLength, &fcs_length, sizeof fcs_length);
   EndBlock(out, begin);
 }
 
@@ -116,7 +114,7 @@ void AppendStatistics(std::vector<uint8_t>& out, const InterfaceStatistics& stat
 }
 
 void PutPacket(uint8_t* out, const Packet& packet) {
-  const auto size = static_cast<uint32_t>(PacketBlockSize(packet.captured));
+  const auto size = static_cast<uint32_t>(PacketBlockSize(packet.captured, packet.crc_error));
   const auto time = static_cast<uint64_t>(packet.time_ns);
   const PacketHead head = {.type = kEnhancedPacket,
                            .length = size,
@@ -127,6 +125,8 @@ void PutPacket(uint8_t* out, const Packet& packet) {
                            .original = packet.original};
   const uint64_t zero_and_length = uint64_t{size} << 32;  // the padding lies under the last bytes
   memcpy(out + size - 8, &zero_and_length, sizeof zero_and_length);
+  const uint32_t flags[] = {0, 4U << 16 | kFlags, kCrcError};
+  if (packet.crc_error) memcpy(out + size - 8 - sizeof flags, flags, sizeof flags);
   memcpy(out, &head, sizeof head);
   if (packet.captured > 0) memcpy(out + sizeof head, packet.bytes, packet.captured);
 }
@@ -145,7 +145,8 @@ size_t WholeBlocks(const uint8_t* blocks, size_t size) {
 uint64_t CapturedBytes(const uint8_t* blocks, size_t size) {
   uint64_t bytes = 0;
   for (size_t at = 0; size - at >= sizeof(PacketHead);) {
-    const PacketHead head = HeadAt(blocks + at);
+    PacketHead head;
+    memcpy(&head, blocks + at, sizeof head);
     if (head.type == kEnhancedPacket) bytes += head.captured;
     at += head.length;
   }

@@ -20,8 +20,9 @@ void AppendSectionHeader(std::vector<uint8_t>& out, std::string_view hardware,
 // they are written.
 struct InterfaceDescription {
   std::string_view name;
-  uint32_t snap_length;  // 1 to kLongestPacket
-  bool crc_kept;         // packets end with their four CRC bytes
+  uint32_t snap_length;      // 1 to kLongestPacket
+  bool crc_kept;             // packets end with their four CRC bytes
+  std::string_view comment;  // for readers; empty for none
 };
 void AppendInterface(std::vector<uint8_t>& out, const InterfaceDescription& description);
 
@@ -40,12 +41,13 @@ struct Packet {
   const uint8_t* bytes;
   uint32_t captured;  // bytes there, at most kLongestPacket
   uint32_t original;  // length on the wire
+  bool crc_error;
 };
-// Room for the block of a packet.
-constexpr size_t PacketBlockSize(uint32_t captured) {
-  return 32 + ((size_t{captured} + 3) & ~size_t{3});
+// Room for the block of a packet. One with a CRC error has its flags after it.
+constexpr size_t PacketBlockSize(uint32_t captured, bool crc_error = false) {
+  return 32 + ((size_t{captured} + 3) & ~size_t{3}) + (crc_error ? 12 : 0);
 }
-// Writes the block, of PacketBlockSize(packet.captured) bytes, to out.
+// Writes the block, of PacketBlockSize(packet.captured, packet.crc_error) bytes, to out.
 void PutPacket(uint8_t* out, const Packet& packet);
 
 // How many of the size bytes at blocks are whole blocks. blocks begins with a block and continues

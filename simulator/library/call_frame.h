@@ -31,11 +31,14 @@ enum class Access : uint8_t { kRead, kWrite };  // what the call does to the sta
 int32_t DeviceCall(const char* function, DeviceHandle handle, Access access, uint32_t capabilities,
                    const std::string& arguments, const std::function<int32_t(Call& call)>& body);
 
-// Writes the journal line of a call that concerns no device. True when a fault makes the call fail,
-// with the status.
-bool PlainCall(const char* function, const std::string& arguments, int32_t& status);
+// Writes the journal line of a call that concerns no device. Returns its status: that of the fault
+// that makes it fail, else CORVANE_OK.
+int32_t PlainCall(const char* function, const std::string& arguments = "");
 
-// " name=00ff..." for the journal.
+// True when a fault keeps the device from the list of this call of CorvaneAPIGetDevicesList.
+bool IsTakenAway(std::string_view device);
+
+// " name=00ff..." for the journal; empty when there is none.
 std::string HexArgument(const char* name, const void* bytes, size_t size);
 
 // A call that fills *out for the device: the body gets a zeroed record. What it filled goes to the
@@ -52,6 +55,16 @@ int32_t FillCall(const char* function, DeviceHandle handle, uint32_t capabilitie
     call.journal += HexArgument("record", &record, sizeof record);
     memcpy(out, &record, sizeof record);
     return int32_t{CORVANE_OK};
+  });
+}
+
+// The same for a body that returns the record and cannot fail.
+template <class Out, class Body>
+int32_t ReportCall(const char* function, DeviceHandle handle, uint32_t capabilities, Out* out,
+                   Body body) {
+  return FillCall(function, handle, capabilities, "", out, [&](Call& call, Out& record) {
+    record = body(call);
+    return CORVANE_OK;
   });
 }
 

@@ -14,6 +14,7 @@ namespace simulator {
 struct Library {
   Configuration configuration;
   DeviceState state;                                           // open while the library is
+  int64_t first_use_ms = 0;                                    // of the state folder
   std::map<DeviceHandle, const DeviceConfiguration*> handles;  // of the lists that callers hold
 };
 

@@ -1,7 +1,6 @@
 #include "model/clock.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include "model/facts.h"
 
@@ -13,20 +12,10 @@ constexpr const char* kSource = "clock_source";
 // More than any clock can be set ahead or behind: a damaged offset must not overflow.
 constexpr int64_t kMostOffset = int64_t{1} << 62;
 
-template <class Unit>
-int64_t HostTime() {
-  return std::chrono::duration_cast<Unit>(std::chrono::system_clock::now().time_since_epoch())
-      .count();
-}
-
 }  // namespace
 
-int64_t HostNs() {
-  return HostTime<std::chrono::nanoseconds>();
-}
-
 int64_t HostMs() {
-  return HostTime<std::chrono::milliseconds>();
+  return HostNs() / 1'000'000;
 }
 
 int64_t ClockOffsetNs(Call& call) {

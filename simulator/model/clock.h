@@ -7,10 +7,10 @@
 #include <optional>
 
 #include "model/call.h"
+#include "state/host_clock.h"
 
 namespace simulator {
 
-int64_t HostNs();
 int64_t HostMs();
 
 // The device's clock minus the host's.

@@ -1,11 +1,14 @@
 // The records of a device as they stand now.
 #pragma once
 
+#include <array>
 #include <cstring>
 
 #include "model/call.h"
 
 namespace simulator {
+
+using Counters = std::array<CounterV2Config, CORVANE_COUNTERS_V2>;  // of "counters_v2"
 
 // The current record of the device: from its state, else from the configuration file, else as it
 // left the factory. It always has the size of its layout; when the state has it in another size,
@@ -25,8 +28,5 @@ bool IsGivenRaw(const Call& call, const char* name);
 
 // The versions that the last update left, else those of the configuration file.
 VersionRecord CurrentVersions(Call& call);
-
-// The link status, following the device's features and its port control.
-LinkStatusRecord CurrentLinkStatus(Call& call);
 
 }  // namespace simulator

@@ -13,12 +13,17 @@ void SetFact(Call& call, const char* name, const Record& record) {
   call.state.SetFact(call.device.name, name, BytesOf(record));
 }
 
-// False, with the record unchanged, when there is no such fact.
+// False, with the record unchanged, when there is no such fact. The device is empty for a fact of
+// the folder as a whole.
 template <class Record>
-bool ReadFact(Call& call, const char* name, Record& record) {
-  const auto bytes = call.state.Fact(call.device.name, name, sizeof record);
+bool ReadFact(DeviceState& state, std::string_view device, const char* name, Record& record) {
+  const auto bytes = state.Fact(device, name, sizeof record);
   if (bytes) memcpy(&record, bytes->data(), sizeof record);
   return bytes.has_value();
+}
+template <class Record>
+bool ReadFact(Call& call, const char* name, Record& record) {
+  return ReadFact(call.state, call.device.name, name, record);
 }
 
 // When the device was started, in milliseconds since the epoch; later than now while it restarts,

@@ -1,93 +1,50 @@
 #include "model/firmware_file.h"
 
 #include <charconv>
-#include <cstdio>
-#include <memory>
+#include <fstream>
+#include <regex>
 
 #include "device/corvane_api.h"
 
 namespace simulator {
 namespace {
 
-constexpr std::string_view kFirstLine = "CORVANE-FIRMWARE 1";
 constexpr size_t kLongestHeader = 4096;  // bytes
 
-struct FileCloser {
-  void operator()(FILE* file) const { fclose(file); }
-};
-
+// False when the number is too large.
 template <class Number>
-bool ReadNumber(std::string_view text, Number& number) {
-  const char* end = text.data() + text.size();
-  const auto [stop, failure] = std::from_chars(text.data(), end, number);
-  return failure == std::errc() && stop == end;
+bool ReadNumber(const std::csub_match& digits, Number& number) {
+  return std::from_chars(digits.first, digits.second, number).ec == std::errc();
 }
-
-// Takes the text up to the separator, and the separator, off the text; all of it when there is
-// none.
-std::string_view TakeUntil(char separator, std::string_view& text) {
-  const size_t length = text.find(separator);
-  const std::string_view taken = text.substr(0, length);
-  text.remove_prefix(length == std::string_view::npos ? text.size() : length + 1);
-  return taken;
-}
-
-// ---- The header's keys
-
-bool ReadType(std::string_view value, FirmwareFile& firmware) {
-  return ReadNumber(value, firmware.type_code);
-}
-
-bool ReadSwFirmware(std::string_view value, FirmwareFile& firmware) {
-  auto& numbers = firmware.sw_firmware;
-  return ReadNumber(TakeUntil('.', value), numbers[0]) &&
-         ReadNumber(TakeUntil('.', value), numbers[1]) &&
-         ReadNumber(TakeUntil('.', value), numbers[2]) && ReadNumber(value, numbers[3]);
-}
-
-bool ReadHwFirmware(std::string_view value, FirmwareFile& firmware) {
-  return ReadNumber(value, firmware.hw_firmware.emplace());
-}
-
-struct HeaderKey {
-  std::string_view start;  // of the line
-  bool (*read)(std::string_view value, FirmwareFile& firmware);
-  bool required;
-};
-
-constexpr HeaderKey kHeaderKeys[] = {
-    {"type = ", ReadType, true},
-    {"sw_firmware = ", ReadSwFirmware, true},
-    {"hw_firmware = ", ReadHwFirmware, false},
-};
 
 }  // namespace
 
 bool ReadFirmwareHeader(std::string_view text, FirmwareFile& firmware) {
-  const size_t end = text.find("\n\n");
-  if (end == std::string_view::npos) return false;
-  text = text.substr(0, end);
-  if (TakeUntil('\n', text) != kFirstLine) return false;
-  for (const HeaderKey& key : kHeaderKeys) {
-    if (text.starts_with(key.start)) {
-      const std::string_view value = TakeUntil('\n', text).substr(key.start.size());
-      if (!key.read(value, firmware)) return false;
-    } else if (key.required) {
-      return false;
-    }
+  static const std::regex kHeader(
+      "CORVANE-FIRMWARE 1\ntype = (-?\\d{1,20})\n"
+      "sw_firmware = (\\d{1,20})\\.(\\d{1,20})\\.(\\d{1,20})\\.(\\d{1,20})\n"
+      "(?:hw_firmware = (\\d{1,20})\n)?\n");
+  std::cmatch match;
+  const char* end = text.data() + text.size();
+  if (!std::regex_search(text.data(), end, match, kHeader,
+                         std::regex_constants::match_continuous)) {
+    return false;
   }
-  return text.empty();
+  for (size_t i = 0; i < std::size(firmware.sw_firmware); ++i) {
+    if (!ReadNumber(match[i + 2], firmware.sw_firmware[i])) return false;
+  }
+  return ReadNumber(match[1], firmware.type_code) &&
+         (!match[6].matched || ReadNumber(match[6], firmware.hw_firmware.emplace()));
 }
 
 FirmwareFile ReadFirmwareFile(const std::string& path) {
   FirmwareFile firmware = {};
   firmware.status = CORVANE_UPDATE_FILE_UNREADABLE;
-  const std::unique_ptr<FILE, FileCloser> file(fopen(path.c_str(), "re"));
-  if (file == nullptr) return firmware;
+  std::ifstream file(path, std::ios::binary);
   char text[kLongestHeader];
-  const size_t size = fread(text, 1, sizeof text, file.get());
-  if (ferror(file.get()) != 0) return firmware;
-  const bool valid = ReadFirmwareHeader({text, size}, firmware);
+  file.read(text, sizeof text);
+  if (!file.is_open() || file.bad()) return firmware;
+  const bool valid = ReadFirmwareHeader({text, static_cast<size_t>(file.gcount())}, firmware);
   firmware.status = valid ? CORVANE_OK : CORVANE_UPDATE_FILE_INVALID;
   return firmware;
 }

@@ -4,13 +4,14 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <ctime>
+
+#include "state/host_clock.h"
 
 namespace simulator {
 namespace {
 
 struct Satellite {
-  uint32_t number;     // PRN
+  uint32_t number;     // PRN; GLONASS has slots from 65 on in their place
   uint32_t elevation;  // degrees
   uint32_t azimuth;    // degrees
   uint32_t strength;   // signal to noise, dB-Hz
@@ -53,20 +54,34 @@ std::string PositionText(const GpsSecond& second) {
   return Angle(second.position.latitude, 2, "NS") + "," + Angle(second.position.longitude, 3, "EW");
 }
 
-uint32_t Followed(const GpsSecond& second) {
-  return std::min(second.satellites_in_view, kGpsChannels);
+uint32_t Followed(const GpsSecond& second, int constellation) {
+  return std::min(second.in_view[constellation], kGpsChannels);
 }
 
-uint32_t Used(const GpsSecond& second) {
+// Those of the first constellation are used first.
+uint32_t Used(const GpsSecond& second, int constellation) {
   if (second.fix == GpsFix::kNone) return 0;
-  return std::min(second.satellites_used, Followed(second));
+  const uint32_t followed = Followed(second, constellation);
+  const uint32_t others = constellation == 0 ? 0 : std::min(second.used, Followed(second, 0));
+  return std::min(second.used - others, followed);
 }
 
-tm Utc(const GpsSecond& second) {
-  const auto time = static_cast<time_t>(second.time);
-  tm utc = {};
-  gmtime_r(&time, &utc);
-  return utc;
+// The satellites of GLONASS stand in the other half of the sky.
+Satellite InSky(int constellation, uint32_t index) {
+  Satellite satellite = kSky[index];
+  if (constellation == 0) return satellite;
+  satellite.number = 65 + index;
+  satellite.azimuth = (satellite.azimuth + 180) % 360;
+  return satellite;
+}
+
+bool HasBoth(const GpsSecond& second) {
+  return second.in_view[0] > 0 && second.in_view[1] > 0;
+}
+
+std::string Talker(const GpsSecond& second) {
+  if (HasBoth(second)) return "GN";
+  return second.in_view[1] > 0 ? "GL" : "GP";
 }
 
 std::string TimeText(const tm& utc) {
@@ -76,7 +91,7 @@ std::string TimeText(const tm& utc) {
 // Recommended minimum: time, position, speed, date.
 std::string Rmc(const GpsSecond& second, const tm& utc) {
   const bool fixed = second.fix != GpsFix::kNone;
-  return "GPRMC," + TimeText(utc) + (fixed ? ",A," : ",V,") + PositionText(second) +
+  return Talker(second) + "RMC," + TimeText(utc) + (fixed ? ",A," : ",V,") + PositionText(second) +
          (fixed ? ",0.0,," : ",,,") +
          Text("%02d%02d%02d", utc.tm_mday, utc.tm_mon + 1, utc.tm_year % 100) + ",,," +
          (fixed ? "A" : "N");
@@ -85,32 +100,36 @@ std::string Rmc(const GpsSecond& second, const tm& utc) {
 // Fix data: position, quality, satellites, altitude. The geoid's height is not given.
 std::string Gga(const GpsSecond& second, const tm& utc) {
   const bool fixed = second.fix != GpsFix::kNone;
-  return "GPGGA," + TimeText(utc) + "," + PositionText(second) + (fixed ? ",1," : ",0,") +
-         Text("%02u", Used(second)) + "," +
+  return Talker(second) + "GGA," + TimeText(utc) + "," + PositionText(second) +
+         (fixed ? ",1," : ",0,") + Text("%02u", Used(second, 0) + Used(second, 1)) + "," +
          (fixed ? Text("%s,%.1f", kHorizontalDilution, second.position.altitude) : ",") + ",M,,M,,";
 }
 
-// The satellites used, in twelve places, and the dilutions of precision.
-std::string Gsa(const GpsSecond& second) {
-  std::string body = Text("GPGSA,A,%d", static_cast<int>(second.fix) + 1);
+// The satellites of a constellation that are used, in twelve places, and the dilutions of
+// precision.
+std::string Gsa(const GpsSecond& second, int constellation) {
+  std::string body = Talker(second) + Text("GSA,A,%d", static_cast<int>(second.fix) + 1);
   for (uint32_t i = 0; i < kGpsChannels; ++i) {
-    body += i < Used(second) ? Text(",%02u", kSky[i].number) : ",";
+    body += i < Used(second, constellation) ? Text(",%02u", InSky(constellation, i).number) : ",";
   }
-  if (second.fix == GpsFix::kNone) return body + ",,,";
-  return body + "," + kPositionDilution + "," + kHorizontalDilution + "," + kVerticalDilution;
+  if (second.fix == GpsFix::kNone) return NmeaSentence(body + ",,,");
+  return NmeaSentence(body + "," + kPositionDilution + "," + kHorizontalDilution + "," +
+                      kVerticalDilution);
 }
 
-// The satellites in view, four a sentence; with none there is still one sentence that says so.
-std::string Gsv(const GpsSecond& second) {
+// The satellites of a constellation in view, four a sentence; with none there is still one sentence
+// that says so.
+std::string Gsv(const GpsSecond& second, int constellation) {
   constexpr uint32_t kPerSentence = 4;
-  const uint32_t followed = Followed(second);
+  const uint32_t followed = Followed(second, constellation);
   const uint32_t sentences = std::max(1U, (followed + kPerSentence - 1) / kPerSentence);
   std::string text;
   for (uint32_t sentence = 0; sentence < sentences; ++sentence) {
-    std::string body = Text("GPGSV,%u,%u,%02u", sentences, sentence + 1, followed);
+    std::string body = Text("%s,%u,%u,%02u", constellation == 0 ? "GPGSV" : "GLGSV", sentences,
+                            sentence + 1, followed);
     const uint32_t end = std::min(followed, (sentence + 1) * kPerSentence);
     for (uint32_t i = sentence * kPerSentence; i < end; ++i) {
-      const Satellite& satellite = kSky[i];
+      const Satellite satellite = InSky(constellation, i);
       body += Text(",%02u,%02u,%03u,%02u", satellite.number, satellite.elevation, satellite.azimuth,
                    satellite.strength);
     }
@@ -119,9 +138,21 @@ std::string Gsv(const GpsSecond& second) {
   return text;
 }
 
+// The first constellation speaks even when nothing is in view.
+std::string Constellations(const GpsSecond& second) {
+  std::string used;
+  std::string in_view;
+  for (int i = 0; i < kConstellations; ++i) {
+    if (second.in_view[i] == 0 && (i == 1 || second.in_view[1] > 0)) continue;
+    used += Gsa(second, i);
+    in_view += Gsv(second, i);
+  }
+  return used + in_view;
+}
+
 // Time and date; the local zone is UTC.
-std::string Zda(const tm& utc) {
-  return "GPZDA," + TimeText(utc) +
+std::string Zda(const GpsSecond& second, const tm& utc) {
+  return Talker(second) + "ZDA," + TimeText(utc) +
          Text(",%02d,%02d,%04d,00,00", utc.tm_mday, utc.tm_mon + 1, utc.tm_year + 1900);
 }
 
@@ -134,9 +165,9 @@ std::string NmeaSentence(const std::string& body) {
 }
 
 std::string NmeaSentences(const GpsSecond& second) {
-  const tm utc = Utc(second);
-  return NmeaSentence(Rmc(second, utc)) + NmeaSentence(Gga(second, utc)) +
-         NmeaSentence(Gsa(second)) + Gsv(second) + NmeaSentence(Zda(utc));
+  const tm utc = UtcOf(second.time);
+  return NmeaSentence(Rmc(second, utc)) + NmeaSentence(Gga(second, utc)) + Constellations(second) +
+         NmeaSentence(Zda(second, utc));
 }
 
 }  // namespace simulator

@@ -3,47 +3,33 @@
 #include "device/capabilities.h"
 #include "device/corvane_api.h"
 #include "records/factory_status.h"
+#include "records/surroundings.h"
 
 namespace simulator {
 namespace {
 
-Bytes Features(uint32_t capabilities) {
+FeaturesRecord Features(uint32_t capabilities) {
   FeaturesRecord features = {};
   features.ts = 1;
+  features.syncts = (capabilities & CORVANE_CAP_GPS) != 0 ? 1 : 0;
   features.slicing_size = 128;
   features.autonega = features.autonegb = (capabilities & CORVANE_CAP_AUTONEGOTIATION) != 0 ? 1 : 0;
-  return BytesOf(features);
+  return features;
 }
 
-Bytes PortsSpeed(uint32_t) {
-  PortsSpeedRecord speeds = {};
-  for (PortControl& port : speeds.ports) {
-    port = {.autoneg = 1,
-            ._1000txfd = 1,
-            ._100txfd = 1,
-            ._100txhd = 1,
-            ._10txfd = 1,
-            ._10txhd = 1,
-            .asympause = 0,
-            .sympause = 1,
-            .prefmaster = 0,
-            .forcerole = 0};
-  }
-  return BytesOf(speeds);
-}
-
-Bytes DpiFilter(uint32_t) {
-  DpiFilterRecord filter = {};
-  filter.mask = 0xFFFF;
-  return BytesOf(filter);
-}
-
-Bytes PacketTypeFilter(uint32_t) {
-  return Bytes(sizeof(PacketTypeFilterRecord), 1);
-}
+constexpr PortControl kNegotiatesAll = {.autoneg = 1,
+                                        ._1000txfd = 1,
+                                        ._100txfd = 1,
+                                        ._100txhd = 1,
+                                        ._10txfd = 1,
+                                        ._10txhd = 1,
+                                        .asympause = 0,
+                                        .sympause = 1,
+                                        .prefmaster = 0,
+                                        .forcerole = 0};
 
 // Every counter counts all packets of both ports; the last one those that the hardware dropped.
-Bytes Counters(uint32_t) {
+Bytes Counters() {
   Bytes counters;
   for (int32_t index = 0; index < CORVANE_COUNTERS_V2; ++index) {
     CounterV2Config counter = {};
@@ -61,35 +47,25 @@ Bytes Counters(uint32_t) {
   return counters;
 }
 
-Bytes LinkStatus(uint32_t capabilities) {
-  return BytesOf(FactoryLinkStatus(capabilities));
+DpiFilterRecord DpiFilter() {
+  DpiFilterRecord filter = {};
+  filter.mask = 0xFFFF;
+  return filter;
 }
-
-Bytes Poe(uint32_t) {
-  return BytesOf(FactoryPoeMeasures());
-}
-
-Bytes TimingStatus(uint32_t) {
-  return BytesOf(FactoryTimingStatus());
-}
-
-struct Factory {
-  std::string_view layout;
-  Bytes (*make)(uint32_t capabilities);
-};
-
-constexpr Factory kFactories[] = {
-    {"features", Features},    {"ports_speed", PortsSpeed},
-    {"dpi_filter", DpiFilter}, {"packet_type_filter", PacketTypeFilter},
-    {"counters_v2", Counters}, {"link_status", LinkStatus},
-    {"poe_measures", Poe},     {"timing_status", TimingStatus},
-};
 
 }  // namespace
 
 Bytes FactoryRecord(std::string_view layout, uint32_t capabilities) {
-  for (const Factory& factory : kFactories) {
-    if (factory.layout == layout) return factory.make(capabilities);
+  if (layout == "features") return BytesOf(Features(capabilities));
+  if (layout == "ports_speed") return BytesOf(PortsSpeedRecord{{kNegotiatesAll, kNegotiatesAll}});
+  if (layout == "dpi_filter") return BytesOf(DpiFilter());
+  if (layout == "packet_type_filter") return Bytes(sizeof(PacketTypeFilterRecord), 1);
+  if (layout == "counters_v2") return Counters();
+  if (layout == "link_status") return BytesOf(FactoryLinkStatus(capabilities));
+  if (layout == "poe_measures") return BytesOf(FactoryPoeMeasures());
+  if (layout == "timing_status") return BytesOf(FactoryTimingStatus());
+  if (layout == "surroundings") {
+    return BytesOf(Surroundings{{1, 1}, {1, 1}, {kNegotiatesAll, kNegotiatesAll}});
   }
   return Bytes(FindLayout(layout)->size);
 }

@@ -1,37 +1,28 @@
 #include "records/factory_status.h"
 
 #include <cstdio>
+#include <limits>
 
 #include "device/capabilities.h"
 
 namespace simulator {
 namespace {
 
-enum : int32_t { kLinkDown = 5, k1Gbps = 2, k10Gbps = 3 };
+constexpr auto kLiveNumber = static_cast<int32_t>(kLive);
+constexpr double kLiveReal = std::numeric_limits<double>::quiet_NaN();
 
 // ---- Copper
 
-// The slots that say yes on a gigabit link without errors: the partner negotiates, has next pages
-// and has acknowledged; both receivers are fine.
-constexpr uint32_t kGoodSlots[] = {1, 2, 4, 16, 17};
-
-PhyStatus CopperPort(uint32_t master_slave) {
-  PhyStatus phy = {};
-  phy.slots[CORVANE_PHY_MASTER_SLAVE] = master_slave;
-  for (const uint32_t slot : kGoodSlots) phy.slots[slot] = 1;
-  // What is advertised follows port control; half-duplex gigabit (slot 6) is in none of its
-  // switches.
-  for (uint32_t slot = 5; slot <= 12; ++slot) phy.slots[slot] = slot == 6 ? 0 : kLive;
-  return phy;
-}
+// What the PHY finds out about its link, its partner and itself; the other slots are errors, of
+// which there are none.
+constexpr uint32_t kLiveSlots[] = {0, 1, 2, 4, 5, 7, 8, 9, 10, 11, 12, 13, 15, 16, 17};
 
 void AddCopper(LinkStatusRecord& status) {
-  status.link_valid = 1;
-  for (LinkEntry& link : status.links) link = {.speed = k1Gbps, .duplex = 0};
   status.phy_valid = 1;
-  status.phy_count = CORVANE_PORTS;
-  status.phys[0] = CopperPort(0);
-  status.phys[1] = CopperPort(1);
+  status.phy_count = kLiveNumber;
+  for (PhyStatus& phy : status.phys) {
+    for (const uint32_t slot : kLiveSlots) phy.slots[slot] = kLive;
+  }
 }
 
 // ---- SFP
@@ -40,7 +31,7 @@ void AddCopper(LinkStatusRecord& status) {
 // single-mode fibre), as SFF-8472 has them in the module's identification page.
 SfpInfo Module(const char* serial_no) {
   SfpInfo sfp = {
-      .link_up = 1,
+      .link_up = kLiveByte,
       .vendor_name = "FIBRELINE",
       .vendor_oui = 0x02F1B3,
       .model = "FL-10G-SR",
@@ -64,58 +55,52 @@ SfpInfo Module(const char* serial_no) {
   sfp.ddm.low_warning = {0, 3.13F, 3, 0.19F, 0.10F};
   sfp.ddm.high_alarm = {75, 3.63F, 12, 1.00F, 1.00F};
   sfp.ddm.high_warning = {70, 3.46F, 11, 0.79F, 0.79F};
-  sfp.mode = static_cast<int32_t>(kLive);
+  sfp.flags = kLive;
+  sfp.mode = kLiveNumber;
   return sfp;
 }
 
-enum : uint32_t { kRxPowerAlarm = 0x10, kRxPowerWarning = 0x200, kStatusBits = 0x1C00 };
-
 // Port A receives weakly, port B nothing at all.
 void AddModules(LinkStatusRecord& status) {
-  status.link_valid = 1;
-  status.links[0] = {.speed = k10Gbps, .duplex = 0};
-  status.links[1] = {.speed = kLinkDown, .duplex = 0};
   status.sfp_valid = 1;
-  status.sfp_count = CORVANE_PORTS;
-
-  SfpInfo& up = status.sfps[0] = Module("FL2403180417");
-  up.ddm.measured = {38.4F, 3.29F, 7.6F, 0.58F, 0.08F};
-  up.flags = kRxPowerWarning | kStatusBits;
-
-  SfpInfo& down = status.sfps[1] = Module("FL2403180422");
-  down.link_up = 0;
-  down.ddm.measured = {36.1F, 3.30F, 7.5F, 0.57F, 0};
-  down.flags = kRxPowerAlarm | kRxPowerWarning | kStatusBits;
+  status.sfp_count = kLiveNumber;
+  status.sfps[0] = Module("FL2403180417");
+  status.sfps[0].ddm.measured = {38.4F, 3.29F, 7.6F, 0.58F, 0.08F};
+  status.sfps[1] = Module("FL2403180422");
+  status.sfps[1].ddm.measured = {36.1F, 3.30F, 7.5F, 0.57F, 0};
 }
 
 }  // namespace
 
 LinkStatusRecord FactoryLinkStatus(uint32_t capabilities) {
   LinkStatusRecord status = {};
+  for (LinkEntry& link : status.links) link = {.speed = kLiveNumber, .duplex = kLive};
   if ((capabilities & (CORVANE_CAP_PHY1 | CORVANE_CAP_PHY2 | CORVANE_CAP_PHY3)) != 0)
     AddCopper(status);
   if ((capabilities & CORVANE_CAP_SFP) != 0) AddModules(status);
+  status.link_valid = status.phy_valid | status.sfp_valid;
   return status;
 }
 
 PoeMeasures FactoryPoeMeasures() {
+  constexpr auto kLiveCurrent = static_cast<float>(kLiveReal);
   return {.pairs = {{48.1F, 0.105F, {0, 0, 1, 1}},
                     {48.1F, 0.103F, {0, 0, 1, 1}},
-                    {0.2F, 0.104F, {}},
-                    {0.2F, 0.104F, {}}},
-          .supply_voltage = 48.3F};
+                    {0.2F, kLiveCurrent, {}},
+                    {0.2F, kLiveCurrent, {}}},
+          .supply_voltage = kLiveCurrent};
 }
 
 TimingStatusRecord FactoryTimingStatus() {
   TimingStatusRecord status = {};
-  status.gps_module = 2;
+  status.gps_module = kLive;
   status.gps_fix = 2;
   status.satellites_used = 9;
   status.satellites_gps = 11;
   status.satellites_glonass = 7;
-  status.gps_pps = 1;
-  status.synchronized = 1;
-  status.pps_deviation = 4.2;
+  status.gps_pps = kLive;
+  status.synchronized = kLive;
+  status.pps_deviation = kLiveReal;
   status.timestamp_source = kLive;
   return status;
 }

@@ -3,12 +3,14 @@
 #include <cstddef>
 
 #include "device/corvane_api.h"
+#include "records/surroundings.h"
 
 namespace simulator {
 namespace {
 
-#define FIELD(record, name) \
-  { #name, offsetof(record, name), sizeof(record::name), FieldKind::kInteger }
+#define NAMED(name, record, member) \
+  { name, offsetof(record, member), sizeof(record::member), FieldKind::kInteger }
+#define FIELD(record, name) NAMED(#name, record, name)
 #define FLOAT(record, name) \
   { #name, offsetof(record, name), sizeof(record::name), FieldKind::kFloat }
 #define BYTES(record, name) \
@@ -22,7 +24,7 @@ constexpr Field kFeatures[] = {
     FIELD(FeaturesRecord, disablea),
     FIELD(FeaturesRecord, disableb),
     FIELD(FeaturesRecord, slicing),
-    {"inline", offsetof(FeaturesRecord, inline_), 4, FieldKind::kInteger},
+    NAMED("inline", FeaturesRecord, inline_),
     FIELD(FeaturesRecord, loopback),
     FIELD(FeaturesRecord, ts),
     FIELD(FeaturesRecord, syncts),
@@ -41,11 +43,11 @@ constexpr Field kFeatures[] = {
 
 constexpr Field kPortControl[] = {
     FIELD(PortControl, autoneg),
-    {"1000txfd", offsetof(PortControl, _1000txfd), 4, FieldKind::kInteger},
-    {"100txfd", offsetof(PortControl, _100txfd), 4, FieldKind::kInteger},
-    {"100txhd", offsetof(PortControl, _100txhd), 4, FieldKind::kInteger},
-    {"10txfd", offsetof(PortControl, _10txfd), 4, FieldKind::kInteger},
-    {"10txhd", offsetof(PortControl, _10txhd), 4, FieldKind::kInteger},
+    NAMED("1000txfd", PortControl, _1000txfd),
+    NAMED("100txfd", PortControl, _100txfd),
+    NAMED("100txhd", PortControl, _100txhd),
+    NAMED("10txfd", PortControl, _10txfd),
+    NAMED("10txhd", PortControl, _10txhd),
     FIELD(PortControl, asympause),
     FIELD(PortControl, sympause),
     FIELD(PortControl, prefmaster),
@@ -54,6 +56,21 @@ constexpr Field kPortControl[] = {
 
 constexpr Field kPortsSpeed[] = {
     {"ports", 0, sizeof(PortControl), FieldKind::kGroup, kPortControl, CORVANE_PORTS},
+};
+
+#define PARTNER(name, port)                                                               \
+  {                                                                                       \
+    name, offsetof(Surroundings, partners[port]), sizeof(PortControl), FieldKind::kGroup, \
+        kPortControl                                                                      \
+  }
+
+constexpr Field kSurroundings[] = {
+    NAMED("cable_a", Surroundings, cables[0]),
+    NAMED("cable_b", Surroundings, cables[1]),
+    NAMED("module_a", Surroundings, modules[0]),
+    NAMED("module_b", Surroundings, modules[1]),
+    PARTNER("partner_a", 0),
+    PARTNER("partner_b", 1),
 };
 
 constexpr Field kDpi[] = {
@@ -146,6 +163,8 @@ constexpr Field kSfp[] = {
     FIELD(SfpInfo, flags),           FIELD(SfpInfo, mode),
 };
 
+constexpr Field kPhy[] = {BYTES(PhyStatus, slots)};
+
 constexpr Field kLinkStatus[] = {
     FIELD(LinkStatusRecord, link_valid),
     {"links", offsetof(LinkStatusRecord, links), sizeof(LinkEntry), FieldKind::kGroup, kLinkEntry,
@@ -156,7 +175,8 @@ constexpr Field kLinkStatus[] = {
      CORVANE_PORTS},
     FIELD(LinkStatusRecord, phy_valid),
     FIELD(LinkStatusRecord, phy_count),
-    {"phys", offsetof(LinkStatusRecord, phys), sizeof(PhyStatus), FieldKind::kBytes},
+    {"phys", offsetof(LinkStatusRecord, phys), sizeof(PhyStatus), FieldKind::kGroup, kPhy,
+     CORVANE_PORTS},
 };
 
 constexpr Field kTimingStatus[] = {
@@ -177,6 +197,7 @@ constexpr RecordLayout kLayouts[] = {
     {"link_status", sizeof(LinkStatusRecord), kLinkStatus},
     {"poe_measures", sizeof(PoeMeasures), kPoe},
     {"timing_status", sizeof(TimingStatusRecord), kTimingStatus},
+    {"surroundings", sizeof(Surroundings), kSurroundings},
     // These move on their own: the file can give them as a whole only.
     {"statistics", sizeof(StatisticsRecord), {}},
     {"disk_dump_status", sizeof(DiskDumpStatus), {}},

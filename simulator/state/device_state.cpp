@@ -1,6 +1,7 @@
 #include "state/device_state.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 
 #include "state/folder.h"
@@ -10,6 +11,7 @@ namespace {
 
 constexpr int kSetUpRetryMs = 5;
 constexpr int kSchemaVersion = 1;
+constexpr const char* kNoDevice = "";
 
 // The version comes last: until it is set, the next program makes what is still missing.
 constexpr const char* kSchema =
@@ -22,16 +24,14 @@ constexpr const char* kSchema =
     "  PRIMARY KEY (device, name)) WITHOUT ROWID;"
     "PRAGMA user_version = 1;";
 
-struct StatementDeleter {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
+using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
 
 Statement Prepare(sqlite3* database, const char* sql,
                   std::initializer_list<std::string_view> texts) {
   sqlite3_stmt* prepared = nullptr;
-  if (sqlite3_prepare_v2(database, sql, -1, &prepared, nullptr) != SQLITE_OK) return nullptr;
-  Statement statement(prepared);
+  sqlite3_prepare_v2(database, sql, -1, &prepared, nullptr);
+  if (prepared == nullptr) return {nullptr, sqlite3_finalize};
+  Statement statement(prepared, sqlite3_finalize);
   int position = 0;
   for (const std::string_view text : texts) {
     sqlite3_bind_text(prepared, ++position, text.data(), static_cast<int>(text.size()),
@@ -137,8 +137,12 @@ void DeviceState::Rollback() {
   sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
 }
 
-void DeviceState::Fail(const std::string& reason) {
-  if (!failed()) failure_ = "cannot use the device state " + path_ + ": " + reason;
+void DeviceState::Fail(const std::string& failure) {
+  if (!failed()) failure_ = failure;
+}
+
+void DeviceState::FailDatabase(const std::string& reason) {
+  Fail("cannot use the device state " + path_ + ": " + reason);
 }
 
 void DeviceState::Run(const char* sql, std::initializer_list<std::string_view> texts,
@@ -150,7 +154,7 @@ void DeviceState::Run(const char* sql, std::initializer_list<std::string_view> t
                       static_cast<int>(bytes->size()), SQLITE_STATIC);
   }
   if (statement == nullptr || sqlite3_step(statement.get()) != SQLITE_DONE) {
-    Fail(ReasonOf(database_.get()));
+    FailDatabase(ReasonOf(database_.get()));
   }
 }
 
@@ -158,14 +162,14 @@ std::optional<Bytes> DeviceState::Find(const char* sql, std::string_view device,
                                        std::string_view name, size_t size) {
   const Statement statement = Prepare(database_.get(), sql, {device, name});
   const int result = statement == nullptr ? SQLITE_ERROR : sqlite3_step(statement.get());
-  if (result != SQLITE_ROW && result != SQLITE_DONE) Fail(ReasonOf(database_.get()));
+  if (result != SQLITE_ROW && result != SQLITE_DONE) FailDatabase(ReasonOf(database_.get()));
   if (result != SQLITE_ROW) return std::nullopt;
   const auto* bytes = static_cast<const uint8_t*>(sqlite3_column_blob(statement.get(), 0));
   const auto stored =
       bytes == nullptr ? 0 : static_cast<size_t>(sqlite3_column_bytes(statement.get(), 0));
   if (size == kAnySize || size == stored) return Bytes(bytes, bytes + stored);
-  Fail(std::string(name) + " of " + std::string(device) + " has " + std::to_string(stored) +
-       " bytes instead of " + std::to_string(size));
+  FailDatabase(std::string(name) + " of " + std::string(device) + " has " + std::to_string(stored) +
+               " bytes instead of " + std::to_string(size));
   return std::nullopt;
 }
 
@@ -199,6 +203,15 @@ void DeviceState::SetFact(std::string_view device, std::string_view name, const 
 
 void DeviceState::ForgetFact(std::string_view device, std::string_view name) {
   Run("DELETE FROM fact WHERE device = ? AND name = ?", {device, name});
+}
+
+int64_t DeviceState::CountUp(std::string_view name) {
+  failure_.clear();
+  const auto digits = Find(
+      "INSERT INTO fact VALUES (?, ?, 1) "
+      "ON CONFLICT DO UPDATE SET bytes = bytes + 1 RETURNING bytes",
+      kNoDevice, name, kAnySize);
+  return digits ? atoll(std::string(digits->begin(), digits->end()).c_str()) : 0;
 }
 
 void DeviceState::Restart(std::string_view device) {

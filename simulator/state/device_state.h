@@ -19,10 +19,7 @@
 
 namespace simulator {
 
-struct DatabaseDeleter {
-  void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-using DatabaseHolder = std::unique_ptr<sqlite3, DatabaseDeleter>;
+using DatabaseHolder = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
 
 class DeviceState {
  public:
@@ -45,6 +42,8 @@ class DeviceState {
   // True when the database failed since Begin, or was found damaged; then why, for people.
   bool failed() const { return !failure_.empty(); }
   const std::string& failure() const { return failure_; }
+  // Makes the transaction fail, for a reason that lies outside of the database.
+  void Fail(const std::string& failure);
 
   // What is stored must have the size given, unless that is kAnySize; another size is damage, and
   // nothing is returned.
@@ -61,6 +60,10 @@ class DeviceState {
   void SetFact(std::string_view device, std::string_view name, const Bytes& bytes);
   void ForgetFact(std::string_view device, std::string_view name);
 
+  // Counts for the folder as a whole, for good: adds one and returns the sum, 0 when the database
+  // fails. Not to be called in a transaction.
+  int64_t CountUp(std::string_view name);
+
   // Forgets what was not saved, and every fact.
   void Restart(std::string_view device);
 
@@ -70,9 +73,9 @@ class DeviceState {
   // device and name are the texts of the statement.
   std::optional<Bytes> Find(const char* sql, std::string_view device, std::string_view name,
                             size_t size);
-  void Fail(const std::string& reason);
+  void FailDatabase(const std::string& reason);
 
-  DatabaseHolder database_;
+  DatabaseHolder database_ = {nullptr, sqlite3_close};
   std::string folder_;
   std::string path_;
   std::string failure_;  // the first since Begin

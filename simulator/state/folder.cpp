@@ -96,11 +96,15 @@ bool IsStateFile(const struct stat& facts) {
 }
 
 int OpenStateFile(const std::string& path, int flags, std::string& reason) {
-  const int file = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | flags, kFileMode);
+  // A pipe that somebody put there must not keep the program waiting.
+  const int file = open(path.c_str(), O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, kFileMode);
+  const int error = errno;
   struct stat facts;
-  if (file >= 0 && fstat(file, &facts) == 0 && IsStateFile(facts)) return file;
-  reason = file >= 0 || errno == ELOOP ? kForeignFile : strerror(errno);
+  const bool there = (file >= 0 ? fstat(file, &facts) : lstat(path.c_str(), &facts)) == 0;
+  if (file >= 0 && there && IsStateFile(facts)) return file;
   if (file >= 0) close(file);
+  errno = there && !IsStateFile(facts) ? ELOOP : error;
+  reason = errno == ELOOP ? kForeignFile : strerror(errno);
   return -1;
 }
 

@@ -23,8 +23,9 @@ inline constexpr const char* kForeignFile = "it is a link or belongs to another 
 // True when the file may be used. The facts are those of lstat or fstat.
 bool IsStateFile(const struct stat& facts);
 
-// Opens a file of the folder for reading and writing; flags are added to those of open(). Returns
-// the descriptor, or -1 with a reason for people.
+// Opens a file of the folder; flags are those of open(). Returns the descriptor, or -1 with a
+// reason for people; errno is ELOOP for a file that must not be used, and EACCES for one that this
+// user may not open so.
 int OpenStateFile(const std::string& path, int flags, std::string& reason);
 
 }  // namespace simulator

@@ -12,6 +12,12 @@ namespace simulator {
 
 // ---- Packet filter
 
+// An IP address of a frame, in network order.
+struct Address {
+  Layer2 layer2;  // kIp4 or kIp6
+  const uint8_t* bytes;
+};
+
 // An IP address filter. A record does not say which IP version the address has, so there are three
 // readings.
 struct AddressFilter {
@@ -28,6 +34,8 @@ struct AddressFilter {
   Ipv4Reading in_four;     // in bytes 0 to 3 of the slot
   Ipv4Reading in_sixteen;  // in bytes 12 to 15; the others do not matter
   Ipv6Reading ipv6;
+
+  bool Matches(const Address& address) const;
 };
 
 // All criteria that the record uses must hold. A criterion on something that the frame lacks
@@ -49,19 +57,28 @@ class PacketFilter {
     bool Matches(uint64_t number) const { return ((number ^ value) & mask) == 0; }
   };
 
-  bool Uses(uint32_t flag) const { return (match_flags_ & flag) != 0; }
-  bool MacsMatch(const RawFrame& frame) const;
-  bool AddressesMatch(const FrameFacts& facts) const;
-  bool PortsMatch(const FrameFacts& facts) const;
-  bool VlanMatches(const FrameFacts& facts) const;
+  // What is wanted of a frame's source and destination.
+  template <class Pattern>
+  struct Ends {
+    bool uses_source;
+    bool uses_destination;
+    bool either;  // the pattern of the source may match the destination instead
+    Pattern source;
+    Pattern destination;
+
+    bool used() const { return uses_source || uses_destination; }
+    bool Match(const auto& from, const auto& to) const {
+      if (uses_source && !source.Matches(from) && !(either && source.Matches(to))) return false;
+      return !uses_destination || destination.Matches(to);
+    }
+  };
 
   bool active_;
-  uint32_t match_flags_;
-  uint16_t either_flags_;
-  Number source_mac_, destination_mac_;
-  Number source_port_, destination_port_;
+  bool uses_vlan_;
   Number vlan_;
-  AddressFilter source_, destination_;
+  Ends<Number> macs_;
+  Ends<Number> ports_;
+  Ends<AddressFilter> addresses_;
 };
 
 // ---- Packet type filter
@@ -96,12 +113,11 @@ class DpiFilter {
 
  private:
   bool MatchesAt(const uint8_t* window) const;
-  bool FindsFrom(const uint8_t* first, const uint8_t* last) const;
 
   std::array<uint8_t, 16> value_ = {};  // from the first demanded byte on; others 0
   std::array<uint8_t, 16> mask_ = {};   // 0xFF for a demanded byte
   size_t size_ = 0;                     // bytes from the first to the last demanded one
-  size_t anchors_[2] = {};              // the two demanded bytes that are compared first
+  size_t anchor_ = 0;                   // the demanded byte that is looked for first
 };
 
 }  // namespace simulator

@@ -15,17 +15,14 @@ constexpr uint16_t kTypeIpv6 = 0x86DD;
 constexpr uint16_t kTypeServiceVlan = 0x88A8;
 constexpr uint16_t kTypeOldQinQ = 0x9100;
 
-// IANA protocol numbers
+// The extension headers of IPv6 (IANA protocol numbers); destination options, mobility, host
+// identity and shim6 have no name, for they are all alike.
 constexpr uint8_t kHopByHop = 0;
-constexpr uint8_t kTcp = 6;
-constexpr uint8_t kUdp = 17;
-constexpr uint8_t kRouting = 43;
 constexpr uint8_t kFragment = 44;
 constexpr uint8_t kAuthentication = 51;
-constexpr uint8_t kDestinationOptions = 60;
-constexpr uint8_t kMobility = 135;
-constexpr uint8_t kHostIdentity = 139;
-constexpr uint8_t kShim6 = 140;
+constexpr uint8_t kRouting = 43;
+constexpr uint8_t kExtensions[] = {kHopByHop, kRouting, kFragment, kAuthentication,
+                                   60,        135,      139,       140};
 
 constexpr int kIpv4Header = 20;
 constexpr int kIpv6Header = 40;
@@ -82,22 +79,6 @@ void ParseIpv4(Rest rest, FrameFacts& facts) {
   ParseTransport(rest, facts);
 }
 
-bool IsExtension(uint8_t protocol) {
-  switch (protocol) {
-    case kHopByHop:
-    case kRouting:
-    case kFragment:
-    case kAuthentication:
-    case kDestinationOptions:
-    case kMobility:
-    case kHostIdentity:
-    case kShim6:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // Bytes of an IPv6 extension header.
 int ExtensionSize(uint8_t protocol, const uint8_t* header) {
   if (protocol == kFragment) return kShortestExtension;
@@ -119,7 +100,7 @@ void ParseIpv6(Rest rest, FrameFacts& facts) {
   const int payload = Read16(rest.at + 4);
   rest.at += kIpv6Header;
   if (payload != 0 || !IsJumbogram(facts.protocol, rest)) rest.Limit(payload);
-  while (IsExtension(facts.protocol)) {
+  while (std::ranges::count(kExtensions, facts.protocol) != 0) {
     if (!rest.Has(kExtensionStart) || !facts.is_first) return;
     if (facts.protocol == kFragment) {
       if (!rest.Has(kShortestExtension)) return;

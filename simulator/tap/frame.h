@@ -8,18 +8,37 @@
 
 namespace simulator {
 
+inline constexpr const char* kPortNames[] = {"port A", "port B"};  // in capture files
+
 struct RawFrame {
   const uint8_t* bytes;  // from the destination MAC on, without the frame check sequence
   uint32_t length;       // bytes there
   uint32_t wire_length;  // bytes of the original frame, without the frame check sequence
   uint8_t port;          // 0 A, 1 B
   bool crc_ok;
-  bool hw_dropped;  // arrived whole, but the device had no room for it
-  int64_t time_ns;  // the device's clock, since the epoch
+  bool hw_dropped;         // arrived whole, but the device had no room for it
+  int64_t time_ns;         // the device's clock, since the epoch
+  int8_t fcs_length = -1;  // bytes of the frame check sequence after these; -1: it is not known
 };
+
+// Transport protocols (IANA protocol numbers); 0 where there is none.
+enum Transport : uint8_t {
+  kNoTransport = 0,
+  kIcmp = 1,
+  kIgmp = 2,
+  kTcp = 6,
+  kUdp = 17,
+  kIcmp6 = 58,
+  kOspf = 89
+};
+
+// TCP flags (RFC 9293).
+enum TcpFlag : uint8_t { kFin = 0x01, kSyn = 0x02, kRst = 0x04, kPsh = 0x08, kAck = 0x10 };
 
 enum class Layer2 : uint8_t { kIp4, kIp6, kArp, kOther };
 
+inline constexpr uint32_t kFrameOverhead = 20;   // bytes of preamble, start and gap on the wire
+inline constexpr uint32_t kFcsSize = 4;          // bytes of the frame check sequence
 inline constexpr uint32_t kEthernetHeader = 14;  // a shorter frame has no addresses and no type
 inline constexpr uint8_t kMaxVlanTags = 8;       // a frame with more is Layer2::kOther
 

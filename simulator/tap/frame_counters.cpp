@@ -54,22 +54,20 @@ uint32_t DestinationCondition(const uint8_t* mac) {
   return memcmp(mac, kEveryone, sizeof kEveryone) == 0 ? kCountBroadcast : kCountMulticast;
 }
 
+uint32_t NetworkCondition(Layer2 layer2) {
+  if (layer2 == Layer2::kIp4) return kCountIpv4;
+  return layer2 == Layer2::kIp6 ? kCountIpv6 : 0;
+}
+
 uint32_t ProtocolCondition(uint8_t protocol) {
-  switch (protocol) {
-    case 1:
-    case 58:
-      return kCountIcmp;
-    case 6:
-      return kCountTcp;
-    case 17:
-      return kCountUdp;
-    default:
-      return 0;
-  }
+  if (protocol == kTcp) return kCountTcp;
+  if (protocol == kUdp) return kCountUdp;
+  return protocol == kIcmp || protocol == kIcmp6 ? kCountIcmp : 0;
 }
 
 CounterRule::CounterRule(const CounterV2Config& config)
-    : ports_{config.porta == 1, config.portb == 1}, counts_bytes_(config.mode != 0) {
+    : ports_((config.porta == 1 ? 1 : 0) | (config.portb == 1 ? 2 : 0)),
+      counts_bytes_(config.mode != 0) {
   for (const Condition& condition : kConditions) {
     const int32_t wanted = config.*condition.wanted;
     if (!IsWanted(wanted)) continue;
@@ -124,13 +122,12 @@ void CounterBank::Deal(const Sum& sum, const CountedFrame& kind,
   }
 }
 
-void CounterBank::Read(uint64_t (&counters)[CORVANE_COUNTERS_V2]) const {
-  std::fill(std::begin(counters), std::end(counters), 0);
-  for (size_t i = 0; i < special_count_; ++i) counters[special_[i]] = special_counts_[i];
-  for (uint8_t port = 0; port < CORVANE_PORTS; ++port) {
+void CounterBank::AddTo(uint64_t (&counters)[CORVANE_COUNTERS_V2]) const {
+  for (size_t i = 0; i < special_count_; ++i) counters[special_[i]] += special_counts_[i];
+  for (uint32_t ports = 1; ports <= kBothPorts; ++ports) {
     for (uint32_t conditions = 0; conditions < kCountEnd; ++conditions) {
-      const Sum& sum = sums_[port][conditions];
-      if (sum.frames > 0) Deal(sum, {conditions, 0, port, nullptr, nullptr}, counters);
+      const Sum& sum = sums_[ports][conditions];
+      if (sum.frames > 0) Deal(sum, {conditions, 0, ports, nullptr, nullptr}, counters);
     }
   }
 }

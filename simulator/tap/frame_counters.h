@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "device/corvane_api.h"
+#include "tap/frame.h"
 
 namespace simulator {
 
@@ -29,13 +30,18 @@ inline constexpr uint32_t kCountParsed =
 struct CountedFrame {
   uint32_t conditions;         // kCount... that hold
   uint32_t size;               // bytes, from the destination MAC to the frame check sequence
-  uint8_t port;                // 0 A, 1 B
+  uint32_t ports;              // a bit for each port that it went through: 1 A, 2 B
   const uint8_t* source;       // IP addresses in network order, as long as kCountIpv4 or kCountIpv6
   const uint8_t* destination;  // says; both null when unknown
 };
 
+inline constexpr uint32_t kBothPorts = 3;
+
 // kCountBroadcast, kCountMulticast or kCountUnicast for a destination MAC address of six bytes.
 uint32_t DestinationCondition(const uint8_t* mac);
+
+// kCountIpv4, kCountIpv6 or 0.
+uint32_t NetworkCondition(Layer2 layer2);
 
 // kCountIcmp, kCountUdp, kCountTcp or 0 for an IANA protocol number.
 uint32_t ProtocolCondition(uint8_t protocol);
@@ -56,7 +62,7 @@ class CounterRule {
   // An address narrows the IP condition beside it: "not IPv4" with an address counts all but the
   // IPv4 frames from or to that address. A mask of zeroes narrows nothing.
   bool Matches(const CountedFrame& frame) const {
-    return (frame.conditions & care_) == expected_ && ports_[frame.port] &&
+    return (frame.conditions & care_) == expected_ && (frame.ports & ports_) != 0 &&
            frame.size >= smallest_ && frame.size <= largest_ &&
            (!has_address_ || AddressesMatch(frame));
   }
@@ -75,7 +81,7 @@ class CounterRule {
   uint32_t expected_ = 0;  // those of them that must hold
   uint32_t smallest_ = 0;
   uint32_t largest_ = UINT32_MAX;
-  bool ports_[CORVANE_PORTS] = {};
+  uint32_t ports_ = 0;  // a bit each
   bool counts_bytes_ = false;
   bool has_address_ = false;
   int32_t narrowed_ipv4_ = -1;  // the condition when an address narrows it, else -1
@@ -91,7 +97,7 @@ class CounterBank {
   explicit CounterBank(const CounterV2Config (&configs)[CORVANE_COUNTERS_V2]);
 
   void Count(const CountedFrame& frame) {
-    Sum& sum = sums_[frame.port][frame.conditions];
+    Sum& sum = sums_[frame.ports][frame.conditions];
     ++sum.frames;
     sum.bytes += frame.size;
     for (size_t i = 0; i < special_count_; ++i) {
@@ -99,7 +105,7 @@ class CounterBank {
     }
   }
 
-  void Read(uint64_t (&counters)[CORVANE_COUNTERS_V2]) const;
+  void AddTo(uint64_t (&counters)[CORVANE_COUNTERS_V2]) const;
 
   uint32_t asked() const { return asked_; }  // the conditions that matter to some rule
 
@@ -117,10 +123,10 @@ class CounterBank {
   uint64_t special_counts_[CORVANE_COUNTERS_V2] = {};
   size_t special_count_ = 0;
   uint32_t asked_ = 0;
-  Sum sums_[CORVANE_PORTS][kCountEnd] = {};
+  Sum sums_[kBothPorts + 1][kCountEnd] = {};
 };
 
-// Adds the frame, as often as times says, to the counters of its port as RFC 2819 defines them
+// Adds the frame, as often as times says, to the counters of a port as RFC 2819 defines them
 // (etherStats group): a frame with a bad CRC is a jabber when it is longer than 1518 bytes, and a
 // CRC error when it has 64 to 1518. The traffic is full duplex: there are no collisions.
 void CountAtPort(const CountedFrame& frame, uint64_t times, PortStatistics& port);

@@ -9,10 +9,6 @@
 namespace simulator {
 namespace {
 
-constexpr uint32_t kMatchAnyMac = CORVANE_MATCH_DST_MAC | CORVANE_MATCH_SRC_MAC;
-constexpr uint32_t kMatchAnyIp = CORVANE_MATCH_DST_IP | CORVANE_MATCH_SRC_IP;
-constexpr uint32_t kMatchAnyPort = CORVANE_MATCH_DST_PORT | CORVANE_MATCH_SRC_PORT;
-
 // ---- Reading slots: the last byte of the address stands first.
 
 // The first size bytes of the slot as one number.
@@ -68,77 +64,57 @@ bool Matches(const AddressFilter::Ipv4Reading& reading, uint32_t address) {
   return reading.possible && ((address ^ reading.value) & reading.mask) == 0;
 }
 
-bool Matches(const AddressFilter& filter, Layer2 layer2, const uint8_t* address) {
-  if (layer2 == Layer2::kIp4) {
-    const uint32_t number = Ipv4Number(address);
-    return Matches(filter.in_four, number) || Matches(filter.in_sixteen, number);
-  }
-  return ((Ipv6Half(address) ^ filter.ipv6.value[0]) & filter.ipv6.mask[0]) == 0 &&
-         ((Ipv6Half(address + 8) ^ filter.ipv6.value[1]) & filter.ipv6.mask[1]) == 0;
-}
-
 }  // namespace
+
+bool AddressFilter::Matches(const Address& address) const {
+  if (address.layer2 == Layer2::kIp4) {
+    const uint32_t number = Ipv4Number(address.bytes);
+    return simulator::Matches(in_four, number) || simulator::Matches(in_sixteen, number);
+  }
+  return ((Ipv6Half(address.bytes) ^ ipv6.value[0]) & ipv6.mask[0]) == 0 &&
+         ((Ipv6Half(address.bytes + 8) ^ ipv6.value[1]) & ipv6.mask[1]) == 0;
+}
 
 PacketFilter::PacketFilter(const PacketFilterRecord& record, uint32_t capabilities)
     : active_(record.enable == 1 && (capabilities & CORVANE_CAP_FILTER) != 0),
-      match_flags_(record.match_flags),
-      either_flags_(record.either_flags),
-      source_mac_{SlotNumber(record.src_mac, 6), SpreadMask(record.mac_masks >> 6, 6)},
-      destination_mac_{SlotNumber(record.dst_mac, 6), SpreadMask(record.mac_masks, 6)},
-      source_port_{record.src_port, SpreadMask(record.port_masks >> 2, 2)},
-      destination_port_{record.dst_port, SpreadMask(record.port_masks, 2)},
-      vlan_{record.vlan_id, record.vlan_mask},
-      source_(ReadAddress(record.src_ip, record.src_ip_mask,
-                          (record.match_flags & CORVANE_MATCH_IPV6) != 0)),
-      destination_(ReadAddress(record.dst_ip, record.dst_ip_mask,
-                               (record.match_flags & CORVANE_MATCH_IPV6) != 0)) {
-  if ((capabilities & CORVANE_CAP_VLAN_FILTER) == 0) match_flags_ &= ~uint32_t{CORVANE_MATCH_VLAN};
+      uses_vlan_((record.match_flags & CORVANE_MATCH_VLAN) != 0 &&
+                 (capabilities & CORVANE_CAP_VLAN_FILTER) != 0),
+      vlan_{record.vlan_id, record.vlan_mask} {
+  const auto uses = [&](uint32_t flag) { return (record.match_flags & flag) != 0; };
+  const auto either = [&](uint32_t flag) { return (record.either_flags & flag) != 0; };
+  const bool ipv6 = uses(CORVANE_MATCH_IPV6);
+  macs_ = {uses(CORVANE_MATCH_SRC_MAC),
+           uses(CORVANE_MATCH_DST_MAC),
+           either(CORVANE_EITHER_MAC),
+           {SlotNumber(record.src_mac, 6), SpreadMask(record.mac_masks >> 6, 6)},
+           {SlotNumber(record.dst_mac, 6), SpreadMask(record.mac_masks, 6)}};
+  ports_ = {uses(CORVANE_MATCH_SRC_PORT),
+            uses(CORVANE_MATCH_DST_PORT),
+            either(CORVANE_EITHER_PORT),
+            {record.src_port, SpreadMask(record.port_masks >> 2, 2)},
+            {record.dst_port, SpreadMask(record.port_masks, 2)}};
+  addresses_ = {uses(CORVANE_MATCH_SRC_IP), uses(CORVANE_MATCH_DST_IP), either(CORVANE_EITHER_IP),
+                ReadAddress(record.src_ip, record.src_ip_mask, ipv6),
+                ReadAddress(record.dst_ip, record.dst_ip_mask, ipv6)};
 }
 
 bool PacketFilter::Keeps(const RawFrame& frame, const FrameFacts& facts) const {
   if (!active_) return true;
-  return MacsMatch(frame) && PortsMatch(facts) && AddressesMatch(facts) && VlanMatches(facts);
-}
-
-bool PacketFilter::MacsMatch(const RawFrame& frame) const {
-  if (!Uses(kMatchAnyMac)) return true;
-  if (frame.length < kEthernetHeader) return false;
-  const uint64_t destination = MacNumber(frame.bytes);
-  const uint64_t source = MacNumber(frame.bytes + 6);
-  const bool either = (either_flags_ & CORVANE_EITHER_MAC) != 0;
-  if (Uses(CORVANE_MATCH_SRC_MAC) && !source_mac_.Matches(source) &&
-      !(either && source_mac_.Matches(destination))) {
-    return false;
-  }
-  return !Uses(CORVANE_MATCH_DST_MAC) || destination_mac_.Matches(destination);
-}
-
-bool PacketFilter::AddressesMatch(const FrameFacts& facts) const {
-  if (!Uses(kMatchAnyIp)) return true;
-  if (facts.source == nullptr) return false;
-  const bool either = (either_flags_ & CORVANE_EITHER_IP) != 0;
-  if (Uses(CORVANE_MATCH_SRC_IP) && !Matches(source_, facts.layer2, facts.source) &&
-      !(either && Matches(source_, facts.layer2, facts.destination))) {
-    return false;
-  }
-  return !Uses(CORVANE_MATCH_DST_IP) || Matches(destination_, facts.layer2, facts.destination);
-}
-
-bool PacketFilter::PortsMatch(const FrameFacts& facts) const {
-  if (!Uses(kMatchAnyPort)) return true;
-  if (!facts.has_ports) return false;
-  const bool either = (either_flags_ & CORVANE_EITHER_PORT) != 0;
-  if (Uses(CORVANE_MATCH_SRC_PORT) && !source_port_.Matches(facts.source_port) &&
-      !(either && source_port_.Matches(facts.destination_port))) {
-    return false;
-  }
-  return !Uses(CORVANE_MATCH_DST_PORT) || destination_port_.Matches(facts.destination_port);
-}
-
-bool PacketFilter::VlanMatches(const FrameFacts& facts) const {
-  if (!Uses(CORVANE_MATCH_VLAN)) return true;
-  return std::any_of(facts.vlans, facts.vlans + facts.vlan_count,
-                     [this](uint16_t id) { return vlan_.Matches(id); });
+  const auto macs = [&] {
+    return frame.length >= kEthernetHeader &&
+           macs_.Match(MacNumber(frame.bytes + 6), MacNumber(frame.bytes));
+  };
+  const auto ports = [&] {
+    return facts.has_ports && ports_.Match(facts.source_port, facts.destination_port);
+  };
+  const auto addresses = [&] {
+    return facts.source != nullptr && addresses_.Match(Address{facts.layer2, facts.source},
+                                                       Address{facts.layer2, facts.destination});
+  };
+  return (!macs_.used() || macs()) && (!ports_.used() || ports()) &&
+         (!addresses_.used() || addresses()) &&
+         (!uses_vlan_ || std::any_of(facts.vlans, facts.vlans + facts.vlan_count,
+                                     [this](uint16_t id) { return vlan_.Matches(id); }));
 }
 
 }  // namespace simulator

@@ -9,9 +9,6 @@ namespace {
 // Bits in the order of the record's bytes.
 #define TYPE_BIT(field) (1U << offsetof(PacketTypeFilterRecord, field))
 
-constexpr uint8_t kTcp = 6;
-constexpr uint8_t kUdp = 17;
-
 enum Carrier : uint8_t { kOverTcp = 1, kOverUdp = 2, kOverBoth = 3 };
 
 struct Application {
@@ -31,43 +28,14 @@ constexpr Application kApplications[] = {
     {TYPE_BIT(quic), kOverUdp, 443},
 };
 
-struct FlagType {
-  uint32_t type;
-  uint8_t flag;
-};
-
-constexpr FlagType kFlagTypes[] = {
-    {TYPE_BIT(tcpfin), 0x01}, {TYPE_BIT(tcpsyn), 0x02}, {TYPE_BIT(tcprst), 0x04},
-    {TYPE_BIT(tcppsh), 0x08}, {TYPE_BIT(tcpack), 0x10},
-};
-
-uint32_t NetworkType(const FrameFacts& facts) {
-  switch (facts.layer2) {
-    case Layer2::kIp4:
-      return TYPE_BIT(ipv4);
-    case Layer2::kIp6:
-      return TYPE_BIT(ipv6);
-    case Layer2::kArp:
-      return TYPE_BIT(arp);
-    default:
-      return TYPE_BIT(l2other);
-  }
-}
+constexpr uint32_t kNetworkTypes[] = {TYPE_BIT(ipv4), TYPE_BIT(ipv6), TYPE_BIT(arp),
+                                      TYPE_BIT(l2other)};  // by Layer2
 
 uint32_t TransportType(uint8_t protocol) {
-  switch (protocol) {
-    case kTcp:
-      return TYPE_BIT(tcp);
-    case kUdp:
-      return TYPE_BIT(udp);
-    case 1:
-    case 58:
-      return TYPE_BIT(icmp);
-    case 2:
-      return TYPE_BIT(igmp);
-    default:
-      return TYPE_BIT(l4other);
-  }
+  if (protocol == kTcp) return TYPE_BIT(tcp);
+  if (protocol == kUdp) return TYPE_BIT(udp);
+  if (protocol == kIcmp || protocol == kIcmp6) return TYPE_BIT(icmp);
+  return protocol == kIgmp ? TYPE_BIT(igmp) : TYPE_BIT(l4other);
 }
 
 uint32_t ApplicationTypes(const FrameFacts& facts) {
@@ -82,17 +50,16 @@ uint32_t ApplicationTypes(const FrameFacts& facts) {
 }
 
 uint32_t TcpTypes(const FrameFacts& facts) {
-  uint32_t types = facts.tcp_window == 0 ? TYPE_BIT(zerowindow) : 0;
-  for (const FlagType& entry : kFlagTypes) {
-    if ((facts.tcp_flags & entry.flag) != 0) types |= entry.type;
-  }
-  return types;
+  constexpr uint32_t kFlags = kFin | kSyn | kRst | kPsh | kAck;  // in the order of the record
+  static_assert(TYPE_BIT(tcpack) == kAck * TYPE_BIT(tcpfin));
+  return (facts.tcp_flags & kFlags) * TYPE_BIT(tcpfin) |
+         (facts.tcp_window == 0 ? TYPE_BIT(zerowindow) : 0);
 }
 
 }  // namespace
 
 uint32_t TypesOf(const FrameFacts& facts) {
-  uint32_t types = NetworkType(facts);
+  uint32_t types = kNetworkTypes[static_cast<size_t>(facts.layer2)];
   if (facts.vlan_count > 0) types |= TYPE_BIT(vlan);
   if (facts.has_protocol) types |= TransportType(facts.protocol);
   if (facts.has_ports) types |= ApplicationTypes(facts);

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <initializer_list>
 #include <span>
 #include <string_view>
 
@@ -23,6 +23,16 @@ class ByteWriter {
   void Put32(uint32_t value) {
     Put16(value >> 16);
     Put16(value);
+  }
+  // Several fields, one after the other.
+  void Put8(std::initializer_list<uint32_t> values) {
+    for (const uint32_t value : values) Put8(value);
+  }
+  void Put16(std::initializer_list<uint32_t> values) {
+    for (const uint32_t value : values) Put16(value);
+  }
+  void Put32(std::initializer_list<uint32_t> values) {
+    for (const uint32_t value : values) Put32(value);
   }
   void Put(std::span<const uint8_t> bytes) {
     for (const uint8_t byte : bytes) Put8(byte);

@@ -8,7 +8,6 @@
 namespace simulator {
 namespace {
 
-constexpr uint16_t kFcsSize = 4;
 constexpr uint16_t kShortest = 64;
 constexpr size_t kTcpHeader = 20;
 constexpr size_t kUdpHeader = 8;
@@ -32,7 +31,7 @@ void PutChecksum(Room at, uint32_t sum) {
 uint32_t PseudoSum(const Frame& frame, size_t size) {
   uint32_t sum = static_cast<uint32_t>(size) + frame.transport;
   for (const Host* host : {frame.source, frame.destination}) {
-    sum = frame.network == Network::kIpv4 ? Sum(host->ipv4, sum) : Sum(host->ipv6, sum);
+    sum = frame.network == Layer2::kIp4 ? Sum(host->ipv4, sum) : Sum(host->ipv6, sum);
   }
   return sum;
 }
@@ -50,14 +49,10 @@ void FillTcp(const Frame& frame, uint32_t seed, Room packet) {
   const bool syn = (frame.tcp_flags & kSyn) != 0;
   const size_t options = syn ? std::min(packet.size() - kTcpHeader, kMostOptions) / 4 * 4 : 0;
   ByteWriter out(packet);
-  out.Put16(frame.source_port);
-  out.Put16(frame.destination_port);
-  out.Put32(seed + 1);
-  out.Put32((frame.tcp_flags & kAck) != 0 ? 1 : 0);
-  out.Put8(static_cast<uint32_t>((kTcpHeader + options) / 4 << 4));
-  out.Put8(frame.tcp_flags);
-  out.Put16(frame.tcp_window);
-  out.Put32(0);
+  out.Put16({frame.source_port, frame.destination_port});
+  out.Put32({0, 0});  // the numbers are those of the round
+  out.Put8({static_cast<uint32_t>((kTcpHeader + options) / 4 << 4), frame.tcp_flags});
+  out.Put16({frame.tcp_window, 0, 0});
   PutSynOptions(out, options);
   FillPayload(frame, seed, out.rest());
   PutChecksum(packet.subspan(16, 2), Sum(packet, PseudoSum(frame, packet.size())));
@@ -65,13 +60,11 @@ void FillTcp(const Frame& frame, uint32_t seed, Room packet) {
 
 void FillUdp(const Frame& frame, uint32_t seed, Room packet) {
   ByteWriter out(packet);
-  out.Put16(frame.source_port);
-  out.Put16(frame.destination_port);
-  out.Put16(static_cast<uint32_t>(packet.size()));
-  out.Put16(0);
+  const auto size = static_cast<uint32_t>(packet.size());
+  out.Put16({frame.source_port, frame.destination_port, size, 0});
   FillPayload(frame, seed, packet.subspan(kUdpHeader));
   const Room checksum = packet.subspan(6, 2);
-  PutChecksum(checksum, Sum(packet, PseudoSum(frame, packet.size())));
+  PutChecksum(checksum, Sum(packet, PseudoSum(frame, size)));
   if (checksum[0] == 0 && checksum[1] == 0) checksum[0] = checksum[1] = 0xFF;
 }
 
@@ -93,19 +86,22 @@ size_t TransportSize(const Frame& frame, size_t room) {
   return frame.transport == kIgmp ? 16 : room;
 }
 
+// How far a packet may go: neighbour discovery and mDNS (RFC 6762) say that nobody forwarded it.
+uint32_t HopsOf(const Frame& frame) {
+  if (frame.transport == kIcmp6 || frame.destination_port == 5353) return 255;
+  const bool local = (frame.destination->ipv4[0] & 0xF0) == 0xE0;
+  return local ? 1 : 64;
+}
+
 void FillIpv4(const Frame& frame, uint32_t seed, Room packet) {
   constexpr uint32_t kRouterAlert = 0x94040000;  // RFC 2113, with every IGMP message
   const size_t header = frame.transport == kIgmp ? 24 : 20;
   const size_t size = TransportSize(frame, packet.size() - header);
-  const bool local = (frame.destination->ipv4[0] & 0xF0) == 0xE0;
   ByteWriter out(packet);
-  out.Put16(static_cast<uint32_t>(0x4000 | header / 4 << 8));
-  out.Put16(static_cast<uint32_t>(header + size));
-  out.Put16(seed);
-  out.Put16(0x4000);  // not to be fragmented
-  out.Put8(local ? 1 : 64);
-  out.Put8(frame.transport);
-  out.Put16(0);
+  out.Put16(
+      {static_cast<uint32_t>(0x4000 | header / 4 << 8), static_cast<uint32_t>(header + size)});
+  out.Put16({seed, 0x4000});  // not to be fragmented
+  out.Put8({HopsOf(frame), frame.transport, 0, 0});
   out.Put(frame.source->ipv4);
   out.Put(frame.destination->ipv4);
   if (header > 20) out.Put32(kRouterAlert);
@@ -118,8 +114,7 @@ void FillIpv6(const Frame& frame, uint32_t seed, Room packet) {
   ByteWriter out(packet);
   out.Put32(0x60000000);
   out.Put16(static_cast<uint32_t>(packet.size() - kHeader));
-  out.Put8(frame.transport);
-  out.Put8(frame.transport == kIcmp6 ? 255 : 64);
+  out.Put8({frame.transport, HopsOf(frame)});
   out.Put(frame.source->ipv6);
   out.Put(frame.destination->ipv6);
   FillTransport(frame, seed, packet.subspan(kHeader));
@@ -130,16 +125,14 @@ void FillArp(const Frame& frame, Room packet) {
   constexpr uint8_t kNobody[CORVANE_MAC_SIZE] = {};
   constexpr uint8_t kRouter[] = {192, 168, 10, 1};  // the address that requests ask for
   ByteWriter out(packet);
-  out.Put32(0x00010800);
-  out.Put16(0x0604);
-  out.Put16(frame.source_port);
+  out.Put16({0x0001, 0x0800, 0x0604, frame.source_port});
   out.Put(frame.source->mac);
   out.Put(frame.source->ipv4);
   out.Put(request ? std::span<const uint8_t>(kNobody) : frame.destination->mac);
   out.Put(request ? std::span<const uint8_t>(kRouter) : frame.destination->ipv4);
 }
 
-constexpr uint16_t kEtherTypes[] = {0x0800, 0x86DD, 0x0806, 0x88CC};  // by Network
+constexpr uint16_t kEtherTypes[] = {0x0800, 0x86DD, 0x0806, 0x88CC};  // by Layer2
 
 }  // namespace
 
@@ -148,25 +141,12 @@ std::vector<uint8_t> BuildFrame(const Frame& frame, uint32_t seed) {
   ByteWriter out(bytes);
   out.Put(frame.destination->mac);
   out.Put(frame.source->mac);
-  if (frame.vlan != 0) {
-    out.Put16(0x8100);
-    out.Put16(frame.vlan);
-  }
+  if (frame.vlan != 0) out.Put16({0x8100, frame.vlan});
   out.Put16(kEtherTypes[static_cast<size_t>(frame.network)]);
-  switch (frame.network) {
-    case Network::kIpv4:
-      FillIpv4(frame, seed, out.rest());
-      break;
-    case Network::kIpv6:
-      FillIpv6(frame, seed, out.rest());
-      break;
-    case Network::kArp:
-      FillArp(frame, out.rest());
-      break;
-    case Network::kLldp:
-      FillLldp(frame, out.rest());
-      break;
-  }
+  if (frame.network == Layer2::kIp4) FillIpv4(frame, seed, out.rest());
+  if (frame.network == Layer2::kIp6) FillIpv6(frame, seed, out.rest());
+  if (frame.network == Layer2::kArp) FillArp(frame, out.rest());
+  if (frame.network == Layer2::kOther) FillLldp(frame, out.rest());
   return bytes;
 }
 

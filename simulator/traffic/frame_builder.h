@@ -14,7 +14,7 @@ namespace simulator {
 
 // The frame's bytes from the destination MAC on, without the frame check sequence: frame.size - 4
 // of them. Lengths and checksums of IP, TCP, UDP, ICMP, IGMP and OSPF are right. The seed decides
-// the bytes of meaningless payloads.
+// the bytes of meaningless payloads. The numbers of TCP are 0 (traffic/rounds.h has them).
 std::vector<uint8_t> BuildFrame(const Frame& frame, uint32_t seed);
 
 }  // namespace simulator

@@ -27,24 +27,22 @@ void PutQuestion(ByteWriter& out, size_t size) {
   out.Fill(label, 'a');
   out.Put("\3net");
   out.Put8(0);
-  out.Put16(16);  // TXT
-  out.Put16(1);   // Internet
+  out.Put16({16, 1});  // TXT, Internet
 }
 
-// A question, or the answer to one of kQuestionSize bytes, filling the rest.
+// A question, or the answer to one of kQuestionSize bytes, filling the rest. In a multicast a host
+// tells its name unasked.
 void FillDns(const Frame& frame, ByteWriter& out) {
-  const bool answer = frame.source_port == 53;
-  out.Put16(frame.source_port == 5353 ? 0 : 0x2A17);
-  out.Put16(answer ? 0x8180 : frame.source_port == 5353 ? 0 : 0x0100);
-  out.Put16(1);
-  out.Put16(answer ? 1 : 0);
-  out.Put32(0);
-  PutQuestion(out, answer ? kQuestionSize : out.left());
+  constexpr char kOwnName[] = "\5phone\5local";
+  constexpr std::string_view kNameAsked = "\xC0\x0C";
+  const bool multicast = frame.source_port == 5353;
+  const bool answer = multicast || frame.source_port == 53;
+  out.Put32(multicast ? 0x00008400 : answer ? 0x2A178180 : 0x2A170100);
+  out.Put16({multicast ? 0U : 1, answer ? 1U : 0, 0, 0});
+  if (!multicast) PutQuestion(out, answer ? kQuestionSize : out.left());
   if (!answer) return;
-  out.Put16(0xC00C);  // the name of the question
-  out.Put16(16);
-  out.Put16(1);
-  out.Put32(300);
+  out.Put(multicast ? std::string_view(kOwnName, sizeof kOwnName) : kNameAsked);
+  out.Put16({16, 1, 0, 300});
   const size_t text = out.left() - 3;
   out.Put16(static_cast<uint32_t>(text + 1));
   out.Put8(static_cast<uint32_t>(text));
@@ -53,21 +51,13 @@ void FillDns(const Frame& frame, ByteWriter& out) {
 
 void FillDhcp(const Frame& frame, ByteWriter& out) {
   const bool request = frame.source_port == 68;
-  out.Put32(request ? 0x01010600 : 0x02010600);
-  out.Put32(0x5EED0099);                // transaction
-  out.Put32(0x00008000);                // broadcast
-  out.Put32(0);                         // client
-  out.Put32(request ? 0 : 0xC0A80A63);  // offered address
-  out.Put32(0);
-  out.Put32(0);
-  constexpr uint8_t kNewcomer[] = {2, 0, 0, 10, 0, 99};
-  out.Put(kNewcomer);
+  out.Put32(
+      {request ? 0x01010600U : 0x02010600, 0x5EED0099, 0x00008000});  // transaction, broadcast
+  out.Put32({0, request ? 0 : 0xC0A80A63, 0, 0});                     // offered address
+  out.Put8({2, 0, 0, 10, 0, 99});
   out.Fill(10 + 64 + 128, 0);
   out.Put32(0x63825363);
-  out.Put8(53);  // message type
-  out.Put8(1);
-  out.Put8(request ? 1 : 2);
-  out.Put8(255);
+  out.Put8({53, 1, request ? 1U : 2, 255});  // message type
   out.Fill(out.left(), 0);
 }
 
@@ -86,25 +76,21 @@ void PutSmb(ByteWriter& out) {
   out.Fill(out.left(), 0);
 }
 
-void PutRtp(ByteWriter& out) {
-  out.Put32(0x80000001);
-  out.Put32(160);
-  out.Put32(0xC0FFEE);
-}
-
-void PutQuic(ByteWriter& out) {
-  out.Put8(0x43);
-}
-
 struct Application {
   uint16_t port;
   Transport transport;
   void (*put)(ByteWriter& out);  // the beginning of the payload; noise fills the rest
 };
 
+// The voice of SIP, at its two ports.
+void PutRtp(ByteWriter& out) {
+  out.Put32({0x80000001, 160, 0xC0FFEE});
+}
+
 constexpr Application kApplications[] = {
-    {443, kTcp, PutTls},   {443, kUdp, PutQuic},  {445, kTcp, PutSmb},
-    {16402, kUdp, PutRtp}, {16404, kUdp, PutRtp},
+    {443, kTcp, PutTls},   {443, kUdp, [](ByteWriter& out) { out.Put8(0x43); }},
+    {445, kTcp, PutSmb},   {16402, kUdp, PutRtp},
+    {16404, kUdp, PutRtp},
 };
 
 // Protocols of lines: the line, then as many letters as fit, then its end.
@@ -120,12 +106,14 @@ constexpr LineProtocol kLineProtocols[] = {
     {110, "USER ", "+OK "},
     {21, "RETR ", "220 "},
     {22, "SSH-2.0-", "SSH-2.0-"},
-    {5060, "OPTIONS sip:exchange SIP/2.0\r\nX-Fill: ", "SIP/2.0 200 OK\r\nX-Fill: "},
+    {873, "@RSYNCD: 31.0 ", "@RSYNCD: 31.0 "},
+    {5060, "OPTIONS sip:exchange SIP/2.0\r\nSubject: ", "SIP/2.0 200 OK\r\nSubject: "},
 };
 
 bool FillLines(const Frame& frame, ByteWriter& out) {
   for (const LineProtocol& protocol : kLineProtocols) {
-    const bool to_server = frame.destination_port == protocol.port && frame.port == 0;
+    const bool to_server = frame.destination_port == protocol.port &&
+                           (frame.source_port != protocol.port || frame.port == 0);
     if (!to_server && frame.source_port != protocol.port) continue;
     const std::string_view line = to_server ? protocol.client : protocol.server;
     const std::string_view end = protocol.port == 80 || protocol.port == 5060 ? "\r\n\r\n" : "\r\n";
@@ -162,49 +150,33 @@ void FillPayload(const Frame& frame, uint32_t seed, std::span<uint8_t> payload) 
 namespace {
 
 void FillEcho(const Frame& frame, uint32_t seed, ByteWriter& out) {
-  out.Put8(frame.source_port);
-  out.Put8(frame.destination_port);
-  out.Put16(0);
+  out.Put8({frame.source_port, frame.destination_port, 0, 0});
   out.Put32(0x00010001);  // identifier and number
   FillNoise(out, seed);
 }
 
 void FillRouterAdvertisement(const Frame& frame, ByteWriter& out) {
-  out.Put8(frame.source_port);
-  out.Put8(frame.destination_port);
-  out.Put16(0);
-  out.Put32(0x40000708);  // hop limit 64, router for 1800 s
-  out.Put32(0);
-  out.Put32(0);
-  out.Put32(0x030440C0);  // prefix of 64 bits, on link, autonomous
-  out.Put32(86400);
-  out.Put32(14400);
-  out.Put32(0);
+  out.Put8({frame.source_port, frame.destination_port, 0, 0});
+  out.Put32({0x40000708, 0, 0});             // hop limit 64, router for 1800 s
+  out.Put32({0x030440C0, 86400, 14400, 0});  // prefix of 64 bits, on link, autonomous
   out.Put(std::span(frame.source->ipv6).first(8));
   out.Fill(8, 0);
-  out.Put32(0x05010000);  // MTU
-  out.Put32(1500);
-  out.Put16(0x0101);  // link-layer address
+  out.Put32({0x05010000, 1500});  // MTU
+  out.Put16(0x0101);              // link-layer address
   out.Put(frame.source->mac);
   out.Fill(out.left(), 0);
 }
 
 void FillMembershipReport(ByteWriter& out) {
-  out.Put32(0x22000000);
-  out.Put32(1);           // one group record
-  out.Put32(0x04000000);  // change to exclude nothing: join
-  out.Put32(0xE00000FB);
+  // One group record: change to exclude nothing, which is to join.
+  out.Put32({0x22000000, 1, 0x04000000, 0xE00000FB});
 }
 
 void FillOspfHello(const Frame& frame, ByteWriter& out) {
   out.Put32(0x02010000U + static_cast<uint32_t>(out.left()));
   out.Put(frame.source->ipv4);
-  out.Put32(0);  // area
-  out.Put32(0);  // checksum, no authentication
-  out.Fill(8, 0);
-  out.Put32(0xFFFFFF00);
-  out.Put32(0x000A0201);  // every 10 s, external routes, priority 1
-  out.Put32(40);
+  out.Put32({0, 0, 0, 0});                  // area; checksum, no authentication
+  out.Put32({0xFFFFFF00, 0x000A0201, 40});  // every 10 s, external routes, priority 1
   out.Put(frame.source->ipv4);
   out.Fill(out.left(), 0);
 }
@@ -227,8 +199,7 @@ void FillLldp(const Frame& frame, std::span<uint8_t> unit) {
   out.Put16(0x0403);  // port: a local name
   out.Put8(7);
   out.Put("p1");
-  out.Put16(0x0602);  // time to live, in seconds
-  out.Put16(120);
+  out.Put16({0x0602, 120});  // time to live, in seconds
   const size_t text = out.left() - 4;
   out.Put16(0x0C00 + static_cast<uint32_t>(text));  // description
   out.Fill(text, 'd');

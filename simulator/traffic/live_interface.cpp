@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
+#include "state/host_clock.h"
+
 namespace simulator {
 namespace {
 
-constexpr int64_t kSecond = 1'000'000'000;
 constexpr int kSnapLength = 262144;  // the most that libpcap takes
 constexpr int kTimeoutMs = 20;
-constexpr uint64_t kFcsSize = 4;
 
 struct OpenFailure {
   int status;
@@ -72,18 +72,18 @@ bool LiveInterface::Open(const PortSource& source, uint8_t port, uint64_t max_wa
 RawFrame LiveInterface::Count(const pcap_pkthdr& header, const uint8_t* bytes) {
   ++frames_;
   total_bytes_ += header.len + kFcsSize;
-  const int64_t host_ns = header.ts.tv_sec * kSecond + header.ts.tv_usec;
+  const int64_t host_ns = ScaledNs(header.ts.tv_sec * kSecond + header.ts.tv_usec);
   return {bytes, header.caplen, header.len, port_, true, false, host_ns};
 }
 
 // The supply when libpcap had no frame. A stream that was told to end first waits for frames that
 // the kernel does not show yet.
-Supply LiveInterface::WithoutFrame(int count, int64_t now_ns, const StreamClock& clock) {
+Supply LiveInterface::WithoutFrame(int count, int64_t now_ns, int64_t end_ns) {
   if (count < 0) {
     reason_ = name_ + ": " + pcap_geterr(pcap_.get());
     return Supply::kFailed;
   }
-  return clock.end_ns <= now_ns - kDelayNs ? Supply::kEnded : Supply::kLater;
+  return end_ns <= now_ns - kDelayNs ? Supply::kEnded : Supply::kLater;
 }
 
 // The bytes are copied, for libpcap gives a block back to the kernel after its last frame.
@@ -93,17 +93,17 @@ void LiveInterface::Copy(u_char* self, const pcap_pkthdr* header, const u_char* 
   live.frame_ = live.Count(*header, live.bytes_.get());
 }
 
-Supply LiveInterface::Next(int64_t now_ns, const StreamClock& clock, RawFrame& frame) {
+Supply LiveInterface::Next(int64_t now_ns, int64_t end_ns, RawFrame& frame) {
   const int count = pcap_dispatch(pcap_.get(), 1, Copy, reinterpret_cast<u_char*>(this));
-  if (count <= 0) return WithoutFrame(count, now_ns, clock);
-  if (frame_.time_ns > clock.end_ns) return Supply::kEnded;
+  if (count <= 0) return WithoutFrame(count, now_ns, end_ns);
+  if (frame_.time_ns > end_ns) return Supply::kEnded;
   frame = frame_;
   return Supply::kFrame;
 }
 
 struct LiveInterface::Draining {
   LiveInterface& live;
-  const StreamClock& clock;
+  int64_t end_ns;
   const TakeFrame& take;
   bool ended;
 };
@@ -112,14 +112,13 @@ void LiveInterface::Give(u_char* draining, const pcap_pkthdr* header, const u_ch
   auto& to = *reinterpret_cast<Draining*>(draining);
   if (to.ended) return;
   RawFrame frame = to.live.Count(*header, bytes);
-  to.ended = frame.time_ns > to.clock.end_ns || !to.take(frame);
+  to.ended = frame.time_ns > to.end_ns || !to.take(frame);
 }
 
-Supply LiveInterface::Drain(int64_t now_ns, const StreamClock& clock, int most,
-                            const TakeFrame& take) {
-  Draining draining = {*this, clock, take, false};
+Supply LiveInterface::Drain(int64_t now_ns, int64_t end_ns, int most, const TakeFrame& take) {
+  Draining draining = {*this, end_ns, take, false};
   const int count = pcap_dispatch(pcap_.get(), most, Give, reinterpret_cast<u_char*>(&draining));
-  if (count <= 0) return WithoutFrame(count, now_ns, clock);
+  if (count <= 0) return WithoutFrame(count, now_ns, end_ns);
   return draining.ended ? Supply::kEnded : Supply::kFrame;
 }
 
@@ -128,10 +127,6 @@ LostFrames LiveInterface::lost() {
   if (pcap_stats(pcap_.get(), &statistics) != 0) return {};
   const uint64_t mean = frames_ == 0 ? 0 : total_bytes_ / frames_;
   return {statistics.ps_drop, statistics.ps_drop * mean};
-}
-
-int LiveInterface::descriptor() const {
-  return pcap_get_selectable_fd(pcap_.get());
 }
 
 }  // namespace simulator

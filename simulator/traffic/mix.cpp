@@ -43,14 +43,14 @@ constexpr Host kAllNodes6 = {{0x33, 0x33, 0, 0, 0, 1}, {}, Ipv6Group(1)};
 
 // ---- Frames
 
-constexpr Network k4 = Network::kIpv4;
-constexpr Network k6 = Network::kIpv6;
+constexpr Layer2 k4 = Layer2::kIp4;
+constexpr Layer2 k6 = Layer2::kIp6;
 constexpr uint8_t kPushAck = kPsh | kAck;
 
 constexpr Frame kMix[] = {
     // Names, addresses, neighbours.
-    {kA, 64, Network::kArp, kNoTransport, &kLaptop, &kEveryone, 1},
-    {kB, 64, Network::kArp, kNoTransport, &kRouter, &kLaptop, 2},
+    {kA, 64, Layer2::kArp, kNoTransport, &kLaptop, &kEveryone, 1},
+    {kB, 64, Layer2::kArp, kNoTransport, &kRouter, &kLaptop, 2},
     {kA, 86, k4, kUdp, &kLaptop, &kNames, 51822, 53},
     {kB, 142, k4, kUdp, &kNames, &kLaptop, 53, 51822},
     {kA, 106, k6, kUdp, &kDesk, &kNames, 52910, 53},
@@ -103,7 +103,7 @@ constexpr Frame kMix[] = {
     {kA, 91, k4, kUdp, &kPhone, &kMdns, 5353, 5353},
     {kA, 111, k6, kUdp, &kPhone, &kMdns6, 5353, 5353, 0, 0, Fate::kBadCrc},
     {kB, 82, k4, kOspf, &kRouter, &kOspfRouters},
-    {kB, 124, Network::kLldp, kNoTransport, &kRouter, &kBridges},
+    {kB, 124, Layer2::kOther, kNoTransport, &kRouter, &kBridges},
 };
 
 }  // namespace

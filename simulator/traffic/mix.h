@@ -7,6 +7,7 @@
 #include <span>
 
 #include "device/corvane_api.h"
+#include "tap/frame.h"
 
 namespace simulator {
 
@@ -17,22 +18,6 @@ struct Host {
   std::array<uint8_t, 16> ipv6;  // all zero when it has none
 };
 
-enum class Network : uint8_t { kIpv4, kIpv6, kArp, kLldp };
-
-// Numbers of transport protocols (IANA protocol numbers); 0 where there is none.
-enum Transport : uint8_t {
-  kNoTransport = 0,
-  kIcmp = 1,
-  kIgmp = 2,
-  kTcp = 6,
-  kUdp = 17,
-  kIcmp6 = 58,
-  kOspf = 89
-};
-
-// TCP flags (RFC 9293).
-enum TcpFlag : uint8_t { kFin = 0x01, kSyn = 0x02, kRst = 0x04, kPsh = 0x08, kAck = 0x10 };
-
 enum class Fate : uint8_t {
   kReceived,
   kBadCrc,    // arrives with a wrong frame check sequence
@@ -41,10 +26,10 @@ enum class Fate : uint8_t {
 
 // One frame: all that is needed to build its packet, in the order that makes the rows of a mix easy
 // to read.
-struct Frame {    // NOLINT(clang-analyzer-optin.performance.Padding)
-  uint8_t port;   // where it arrives: 0 A, 1 B
-  uint16_t size;  // bytes, from the destination MAC to the frame check sequence
-  Network network;
+struct Frame {     // NOLINT(clang-analyzer-optin.performance.Padding)
+  uint8_t port;    // where it arrives: 0 A, 1 B
+  uint16_t size;   // bytes, from the destination MAC to the frame check sequence
+  Layer2 network;  // kOther: LLDP
   Transport transport;
   const Host* source;
   const Host* destination;

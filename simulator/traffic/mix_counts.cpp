@@ -1,14 +1,10 @@
 #include "traffic/mix_counts.h"
 
+#include "tap/frame.h"
 #include "tap/frame_counters.h"
 
 namespace simulator {
 namespace {
-
-uint32_t NetworkCondition(Network network) {
-  if (network == Network::kIpv4) return kCountIpv4;
-  return network == Network::kIpv6 ? kCountIpv6 : 0;
-}
 
 CountedFrame Counted(const Frame& frame) {
   uint32_t conditions = NetworkCondition(frame.network) |
@@ -16,11 +12,17 @@ CountedFrame Counted(const Frame& frame) {
                         ProtocolCondition(frame.transport);
   if (frame.fate != Fate::kBadCrc) conditions |= kCountCrcOk;
   if (frame.fate == Fate::kHwDropped) conditions |= kCountHwDropped;
-  const bool is_ipv6 = frame.network == Network::kIpv6;
+  const bool is_ipv6 = frame.network == Layer2::kIp6;
   const auto address = [&](const Host& host) {
     return is_ipv6 ? host.ipv6.data() : host.ipv4.data();
   };
-  return {conditions, frame.size, frame.port, address(*frame.source), address(*frame.destination)};
+  return {conditions, frame.size, 1U << frame.port, address(*frame.source),
+          address(*frame.destination)};
+}
+
+// As it leaves by the other port: only whole frames do.
+bool Passes(const Frame& frame) {
+  return frame.fate != Fate::kBadCrc;
 }
 
 // How often the frame of the cycle is among that many first frames.
@@ -37,32 +39,39 @@ uint64_t FramesAfter(int64_t elapsed_ms, int64_t rate) {
   return static_cast<uint64_t>(elapsed_ms / 1000 * rate + elapsed_ms % 1000 * rate / 1000);
 }
 
-Tally CountFrames(Cycle cycle, uint64_t frames, const std::function<bool(const Frame&)>& matches) {
-  Tally tally;
+int64_t MixRateAt(Cycle cycle, uint8_t port, int64_t bits_per_second) {
+  int64_t bits = 0;  // a round
   for (const Frame& frame : cycle) {
-    if (!matches(frame)) continue;
-    const uint64_t times = TimesOf(cycle, frames, frame);
-    tally.frames += times;
-    tally.bytes += times * frame.size;
+    if (frame.port == port) bits += 8 * (int64_t{frame.size} + kFrameOverhead);
   }
-  return tally;
+  return bits == 0 ? 0 : bits_per_second * static_cast<int64_t>(cycle.size()) / bits;
 }
 
-bool CounterMatches(const CounterV2Config& counter, const Frame& frame) {
-  return CounterRule(counter).Matches(Counted(frame));
-}
-
-uint64_t CounterValue(Cycle cycle, uint64_t frames, const CounterV2Config& counter) {
+// A counter that does not look at the port where a frame came in may look at the one by which it
+// left.
+uint64_t CounterValue(Cycle cycle, const MixFrames& frames, const CounterV2Config& counter) {
   const CounterRule rule(counter);
-  const Tally tally =
-      CountFrames(cycle, frames, [&](const Frame& frame) { return rule.Matches(Counted(frame)); });
-  return counter.mode == 0 ? tally.frames : tally.bytes;
+  uint64_t value = 0;
+  for (const Frame& frame : cycle) {
+    CountedFrame counted = Counted(frame);
+    const uint64_t amount = rule.Amount(counted);
+    value += amount * TimesOf(cycle, frames.arrived[frame.port], frame);
+    counted.ports = kBothPorts;
+    if (amount > 0 || !Passes(frame)) continue;
+    value += rule.Amount(counted) * TimesOf(cycle, frames.passed[frame.port], frame);
+  }
+  return value;
 }
 
-PortStatistics CountPort(Cycle cycle, uint64_t frames, uint8_t port) {
+PortStatistics CountPort(Cycle cycle, const MixFrames& frames, uint8_t port) {
   PortStatistics statistics = {};
   for (const Frame& frame : cycle) {
-    if (frame.port == port) CountAtPort(Counted(frame), TimesOf(cycle, frames, frame), statistics);
+    const bool own = frame.port == port;
+    if (!own && !Passes(frame)) continue;
+    const uint64_t count = own ? frames.arrived[port] : frames.passed[frame.port];
+    CountedFrame counted = Counted(frame);
+    if (!own) counted.conditions &= ~kCountHwDropped;
+    CountAtPort(counted, TimesOf(cycle, count, frame), statistics);
   }
   return statistics;
 }

@@ -1,7 +1,7 @@
-// Counts over the repeating traffic. frames says how many frames have arrived since its start.
+// Counts over the repeating traffic.
 #pragma once
 
-#include <functional>
+#include <cstdint>
 
 #include "device/corvane_api.h"
 #include "traffic/mix.h"
@@ -12,21 +12,21 @@ namespace simulator {
 // negative time.
 uint64_t FramesAfter(int64_t elapsed_ms, int64_t rate);
 
-struct Tally {
-  uint64_t frames = 0;
-  uint64_t bytes = 0;
+// How far the mix has come: frames of the whole mix. A frame that came in at a port is counted
+// there, and also at the other port when it left by that one.
+struct MixFrames {
+  uint64_t arrived[CORVANE_PORTS] = {};
+  uint64_t passed[CORVANE_PORTS] = {};  // of those that arrived at the port, through the other one
 };
 
-// The frames that match, and their bytes.
-Tally CountFrames(Cycle cycle, uint64_t frames, const std::function<bool(const Frame&)>& matches);
-
-// True when the conditions of the counter, the one on the port among them, all hold for the frame.
-bool CounterMatches(const CounterV2Config& counter, const Frame& frame);
+// The frames of the whole mix per second of which a link can carry the port's part: preamble and
+// gap (20 bytes, IEEE 802.3) included.
+int64_t MixRateAt(Cycle cycle, uint8_t port, int64_t bits_per_second);
 
 // What the counter shows: packets or bytes, as its mode says.
-uint64_t CounterValue(Cycle cycle, uint64_t frames, const CounterV2Config& counter);
+uint64_t CounterValue(Cycle cycle, const MixFrames& frames, const CounterV2Config& counter);
 
 // The counters of a port (CountAtPort in tap/frame_counters.h).
-PortStatistics CountPort(Cycle cycle, uint64_t frames, uint8_t port);
+PortStatistics CountPort(Cycle cycle, const MixFrames& frames, uint8_t port);
 
 }  // namespace simulator

@@ -1,15 +1,4 @@
-// The frames that arrive at one port, in the order of their times. Every kind of stream has these
-// members:
-//
-//   Next         the next frame, when it is due; its bytes stay until the next call
-//   due_ns       the time of the next frame; kNeverNs when only the stream's descriptor can tell
-//   descriptor   readable when a frame is there; -1 for none
-//   kDelayNs     a frame that has arrived is there after this time at most
-//   Shift        the clock was set: times to come are later by that much
-//   keeps_times  the frames have times of their own, not those of their arrival
-//   lost         frames that were not fetched in time
-//   waiting      bytes of frames that are known to be due and not yet fetched
-//   reason       of Supply::kFailed
+// The frames that arrive at one port, in the order of their times.
 #pragma once
 
 #include <cstdint>
@@ -33,32 +22,37 @@ using TakeFrame = std::function<bool(RawFrame& frame)>;
 
 inline constexpr int64_t kNeverNs = std::numeric_limits<int64_t>::max();
 
-// When a source runs.
-struct StreamClock {
-  int64_t start_ns;
-  int64_t end_ns = kNeverNs;  // frames of later times do not count
-};
-
 // Frames that a port lost because they were not fetched in time.
 struct LostFrames {
   uint64_t frames;
   uint64_t bytes;
 };
 
-// The stream of a port without frames.
-struct NoFrames {
-  static constexpr int64_t kDelayNs = 0;
+// This one is the stream of a port without frames.
+class PortStream {
+ public:
+  virtual ~PortStream() = default;
 
-  Supply Next(int64_t /*now_ns*/, const StreamClock& /*clock*/, RawFrame& /*frame*/) {
+  // The next frame, when it is due; its bytes stay until the next call. Frames of times after
+  // end_ns do not count.
+  virtual Supply Next(int64_t /*now_ns*/, int64_t /*end_ns*/, RawFrame& /*frame*/) {
     return Supply::kEnded;
   }
-  int64_t due_ns() const { return kNeverNs; }
-  int descriptor() const { return -1; }
-  void Shift(int64_t /*by_ns*/) {}
-  bool keeps_times() const { return false; }
-  LostFrames lost() const { return {}; }
-  uint64_t waiting(int64_t /*now_ns*/) const { return 0; }
-  std::string reason() const { return {}; }
+  // The time of the next frame; kNeverNs when only the stream's descriptor can tell.
+  virtual int64_t due_ns() const { return kNeverNs; }
+  // Readable when a frame is there; -1 for none.
+  virtual int descriptor() const { return -1; }
+  // A frame that has arrived is there after this time at most.
+  virtual int64_t delay_ns() const { return 0; }
+  // The clock was set: times to come are later by that much.
+  virtual void Shift(int64_t /*by_ns*/) {}
+  // True when the frames have times of their own, not those of their arrival.
+  virtual bool keeps_times() const { return false; }
+  // Frames that were not fetched in time.
+  virtual LostFrames lost() { return {}; }
+  // Bytes of frames that are known to be due and not yet fetched.
+  virtual uint64_t waiting(int64_t /*now_ns*/) const { return 0; }
+  virtual std::string reason() const { return {}; }  // of Supply::kFailed
 };
 
 // The time of frame number index at that rate (frames per second): in two steps, for the product of

@@ -1,8 +1,8 @@
 // The frames at both ports of a device, merged by their times.
 #pragma once
 
+#include <memory>
 #include <string>
-#include <variant>
 
 #include "traffic/file_replay.h"
 #include "traffic/generator.h"
@@ -39,19 +39,19 @@ class TrafficSource {
   void ShiftClock(int64_t by_ns);
 
   // No later frames are wanted: Drain ends when all frames up to that time were given.
-  void EndAt(int64_t end_ns) { clock_.end_ns = end_ns; }
+  void EndAt(int64_t end_ns) { end_ns_ = end_ns; }
 
   // Sleeps until a frame may be there, a signal comes or most_ms have passed.
   // To be called after Supply::kLater.
   void Wait(int64_t now_ns, int most_ms) const;
 
-  LostFrames lost(uint8_t port);
+  LostFrames lost(uint8_t port) { return ports_[port].stream->lost(); }
   uint64_t waiting(int64_t now_ns) const;  // bytes that are known to wait
 
  private:
-  using Stream = std::variant<NoFrames, Generator, FileReplay, LiveInterface>;
   struct Port {
-    Stream stream;
+    std::unique_ptr<PortStream> stream = std::make_unique<PortStream>();
+    bool used = false;
     Supply supply = Supply::kLater;
     RawFrame frame = {};  // of Supply::kFrame
   };
@@ -64,7 +64,7 @@ class TrafficSource {
   bool IsSettled(const Port& port, const Port& other, int64_t now_ns) const;
 
   Port ports_[2];
-  StreamClock clock_ = {};
+  int64_t end_ns_ = kNeverNs;
   int64_t pause_ns_ = 0;  // too short for a ring to fill up
   int64_t clock_offset_ns_ = 0;
   std::string reason_;

@@ -7,7 +7,10 @@ _corvane_sim() {
   _init_completion -n =: || return
   if [[ $cword -eq 1 && $cur == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W --help -- "$cur")
+  elif [[ $cword -gt 1 && ${words[1]} == event ]]; then
+    mapfile -t COMPREPLY < <(compgen -W --device -- "$cur")
   elif [[ ${words[1]} != --help ]]; then
     _command_offset 1
+    [[ $cword -gt 1 || event != "$cur"* ]] || COMPREPLY+=(event)
   fi
 } && complete -F _corvane_sim corvane-sim

@@ -1,4 +1,4 @@
-#include "library/journal.h"
+#include "journal/journal.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -6,8 +6,10 @@
 
 #include <cerrno>
 
-namespace simulator {
+namespace corvane {
 namespace {
+
+constexpr char kDigits[] = "0123456789abcdef";
 
 // Removes the bytes just written from the end, unless another program's bytes follow them.
 bool TakeBack(int file, size_t size) {
@@ -36,6 +38,34 @@ bool Append(int file, const std::string& line) {
 
 }  // namespace
 
+std::string HexArgument(const char* name, const void* bytes, size_t size) {
+  std::string text = std::string(" ") + name + "=";
+  for (size_t i = 0; i < size; ++i) {
+    const uint8_t byte = static_cast<const uint8_t*>(bytes)[i];
+    text += {kDigits[byte >> 4], kDigits[byte & 0xF]};
+  }
+  return text;
+}
+
+std::string QuotedArgument(const char* name, std::string_view text) {
+  std::string quoted = std::string(" ") + name + "=\"";
+  for (const char character : text) {
+    const auto byte = static_cast<uint8_t>(character);
+    if (character == '"' || character == '\\') quoted += '\\';
+    if (byte >= 0x20 && byte != 0x7F) {
+      quoted += character;
+    } else {
+      quoted += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};
+    }
+  }
+  return quoted + '"';
+}
+
+std::string TimeArgument(int64_t ns) {
+  std::string time = std::to_string(ns / 1000);
+  return " time=" + time.insert(time.size() - 6, ".") + " pid=" + std::to_string(getpid());
+}
+
 bool WriteJournal(const std::string& path, const std::string& line) {
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
   const int file = open(path.c_str(), flags, 0666);
@@ -47,4 +77,4 @@ bool WriteJournal(const std::string& path, const std::string& line) {
   return ok;
 }
 
-}  // namespace simulator
+}  // namespace corvane

@@ -4,7 +4,7 @@
 #include <cwchar>
 #include <string>
 
-namespace simulator {
+namespace corvane {
 
 // The text in UTF-8. A wide character that is no Unicode character becomes U+FFFD.
 std::string Utf8Of(const wchar_t* text);
@@ -13,4 +13,4 @@ std::string Utf8Of(const wchar_t* text);
 // before them, control characters are written \xNN. A null text is written without quotes: null.
 std::string TextArgument(const char* name, const wchar_t* text);
 
-}  // namespace simulator
+}  // namespace corvane
