@@ -124,6 +124,16 @@ compare() {
   row "list" "CPU of ${*:2}" "$(figure cpu "$figures")" "$1"
 }
 
+# Compares corvane-config's diff with features show: goal, the section of the device, or all.
+compare_diff() {
+  local figures file=$out/lab.toml
+  run_clean "$corvane-config" show | awk -v name="$2" '
+    /^\[/ { wanted = name == "all" || index($0, "." name "]") } wanted' >"$file"
+  figures=$(run_clean "$out/run_many" "$((rounds / 4 + 1))" "$corvane" features show -- \
+    "$corvane-config" diff "$file")
+  row "corvane-config diff, $2" "CPU of features show" "$(figure cpu "$figures")" "$1"
+}
+
 prepare
 check_loads_stub "$corvane"
 check_loads_stub "$out/floor"
@@ -141,3 +151,5 @@ for command in "${long[@]}"; do
 done
 compare 0.80 ip link show lo
 compare 0.45 tcpdump -D
+compare_diff 1.50 features
+compare_diff - all

@@ -23,8 +23,8 @@ set(CPACK_DEBIAN_CORVANE_PACKAGE_SUGGESTS "corvane-simulator, bash-completion")
 set(CPACK_COMPONENT_CORVANE_DESCRIPTION
 "configure and monitor Corvane network capture devices
 Features, ports, filters, counters, capture to files, clock and firmware of
-Corvane devices, USB Ethernet taps, from the command line. Completion for
-bash, zsh and fish.
+Corvane devices, USB Ethernet taps, from the command line; settings as files
+that can be compared, applied and tried. Completion for bash, zsh and fish.
 
 The library libCorvaneAPI.so.2 that drives the devices comes from their maker.
 The package corvane-simulator has one that simulates them.")
@@ -55,7 +55,7 @@ endif()
 
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane
   FILES_MATCHING PATTERN *.md)
-install(DIRECTORY contrib/ansible DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane/examples
+install(DIRECTORY contrib/ansible contrib/systemd DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane/examples
   PATTERN __pycache__ EXCLUDE)
 
 # What Debian wants in each package.

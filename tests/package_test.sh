@@ -42,7 +42,7 @@ for package in "${packages[@]}"; do
   ! dpkg-deb -f "$package" Depends | grep -i corvaneapi || fail "$package wants the maker's"
   dpkg-deb -x "$package" "$root"
 done
-(cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-report,-sim} doc/corvane/performance.md* \
+(cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-config,-report,-sim} doc/corvane/performance.md* \
   doc/corvane/{report,simulator}.md.gz doc/corvane/examples/ansible/site.yml) >/dev/null
 day=$(sed -n 's/^## [0-9.]* - //p' "$source/CHANGELOG.md" | head -1)
 zcat "$root/usr/share/doc/corvane/changelog.gz" |
@@ -77,12 +77,13 @@ while True:
 if [ "$(id -u)" -eq 0 ] && chroot / true 2>/dev/null; then
   programs=(/bin/sh /usr/bin/dirname /usr/bin/readlink)
   simulator=$(find "$root" -name libCorvaneAPI.so.2)
-  mapfile -t libraries < <(ldd "${programs[@]}" "$root"/usr/bin/corvane "$simulator" |
+  mapfile -t libraries < <(ldd "${programs[@]}" "$root"/usr/bin/corvane{,-config} "$simulator" |
     grep -oE '/[^ ]+\.so[^ :]*' | grep -v "^$root" | sort -u)
   mkdir -p "$root/tmp"
   cp -L --parents "${programs[@]}" "${libraries[@]}" "$root"
   got=$(in_root corvane-sim corvane list) || fail "$got"
   [[ $(in_root corvane-sim --help) == usage:* ]] || fail 'corvane-sim does not explain itself'
+  shown=$(in_root corvane-sim corvane-config show) || fail "$shown"
   ! in_root corvane list >/dev/null || fail 'corvane finds the simulator without being told'
   export root
   export -f in_root set_time

@@ -1,7 +1,9 @@
 #include "capture/counters_v2.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string>
 
 #include "console/report.h"
@@ -15,8 +17,9 @@ namespace corvane {
 
 namespace {
 
-constexpr int kReservedCounter = CORVANE_COUNTERS_V2 - 1;
 constexpr int kNoNumber = -1;  // of an option that was not given
+constexpr const char* kOneMode = "Select only packets mode or only bytes mode, but not both";
+constexpr const char* kOneFamily = "Select only IPv4 or only IPv6 as enabled, but not both";
 constexpr const char* kCountersUnsupported = "Your device does not support statistics V2";
 
 // The report has multicast before unicast.
@@ -44,25 +47,23 @@ bool IsConfigurable(int counter) {
 }
 
 bool ApplyMode(const CommandNode& leaf, CounterV2Config& counter) {
-  const bool packets = IsGiven(leaf, kCountPackets.key);
-  const bool bytes = IsGiven(leaf, kCountBytes.key);
-  if (packets && bytes) return Refuse("Select only packets mode or only bytes mode, but not both");
-  if (packets) counter.mode = 0;
-  if (bytes) counter.mode = 1;
-  return true;
+  int given = 0;
+  for (const CountMode& row : kCountModes) {
+    if (!IsGiven(leaf, row.parameter.key)) continue;
+    counter.mode = row.mode;
+    ++given;
+  }
+  return given < 2 || Refuse(kOneMode);
 }
 
 // The first size that is given counts; -1 is as good as none.
 void ApplySize(const CommandNode& leaf, CounterV2Config& counter) {
-  int32_t mode = 0;
-  for (const SizeMode& size_mode : kSizeModes) {
-    const int size = Integer(leaf, size_mode.parameter.key, kNoNumber);
-    if (size != kNoNumber) {
-      counter.size_mode = mode;
-      counter.size = size;
-      return;
-    }
-    ++mode;
+  for (const SizeMode& row : kSizeModes) {
+    const int size = Integer(leaf, row.parameter.key, kNoNumber);
+    if (size == kNoNumber) continue;
+    counter.size_mode = row.mode;
+    counter.size = size;
+    return;
   }
 }
 
@@ -77,9 +78,9 @@ bool ApplyFamily(const CommandNode& leaf, const IpFamily& family, const IpFamily
   if (OnOffOf(leaf, family) == kNotGiven) return true;
   counter.*family.condition.field = OnOffOf(leaf, family);
   if (OnOffOf(leaf, other) == kNotGiven) counter.*other.condition.field = CORVANE_IGNORE;
-  const std::string address = TextOr(leaf, family.address.key, "");
+  const std::string address = TextOr(leaf, family.address.parameter.key, "");
   if (!address.empty()) {
-    return SetCounterIpWildcard(address, counter, family.version) || Refuse(family.invalid);
+    return SetCounterIpWildcard(address, counter, family.address.version) || Refuse(family.invalid);
   }
   memset(counter.address, 0, sizeof counter.address);
   memset(counter.mask, 0, sizeof counter.mask);
@@ -87,9 +88,7 @@ bool ApplyFamily(const CommandNode& leaf, const IpFamily& family, const IpFamily
 }
 
 bool ApplyFamilies(const CommandNode& leaf, CounterV2Config& counter) {
-  if (OnOffOf(leaf, kFamily4) == 1 && OnOffOf(leaf, kFamily6) == 1) {
-    return Refuse("Select only IPv4 or only IPv6 as enabled, but not both");
-  }
+  if (OnOffOf(leaf, kFamily4) == 1 && OnOffOf(leaf, kFamily6) == 1) return Refuse(kOneFamily);
   return ApplyFamily(leaf, kFamily4, kFamily6, counter) &&
          ApplyFamily(leaf, kFamily6, kFamily4, counter);
 }
@@ -153,7 +152,72 @@ void AppendCounter(std::string& report, int index, const CounterV2Config& counte
   for (const CounterSwitch& row : kOtherConditions) AppendCondition(report, row, counter);
 }
 
+bool HasAddress(const CounterV2Config& counter) {
+  const auto set = [](uint8_t byte) { return byte != 0; };
+  return std::ranges::any_of(counter.address, set) || std::ranges::any_of(counter.mask, set);
+}
+
+bool FitsIpv4(const CounterV2Config& counter) {
+  const auto zero = [](uint8_t byte) { return byte == 0; };
+  return std::all_of(counter.address + 4, std::end(counter.address), zero) &&
+         std::all_of(counter.mask + 4, std::end(counter.mask), zero);
+}
+
 }  // namespace
+
+const char* CompleteCounter(CounterV2Config& counter) {
+  if (counter.mode == kCounterWhole.mode) counter.mode = kCountModes[0].mode;
+  return counter.ipv4 == CORVANE_COUNT_IF_TRUE && counter.ipv6 == CORVANE_COUNT_IF_TRUE ? kOneFamily
+                                                                                        : nullptr;
+}
+
+std::optional<Value> Show(const CountMode& row, const CounterV2Config& counter) {
+  return counter.mode == row.mode ? std::optional<Value>(true) : std::nullopt;
+}
+
+std::string Store(const CountMode& row, const Value& value, const DeviceKind&,
+                  CounterV2Config& counter) {
+  const bool* on = std::get_if<bool>(&value);
+  if (on == nullptr || !*on) return "true";
+  if (counter.mode != kCounterWhole.mode) return "packets or bytes, not both";
+  counter.mode = row.mode;
+  return "";
+}
+
+std::optional<Value> Show(const SizeMode& row, const CounterV2Config& counter) {
+  return counter.size_mode == row.mode ? std::optional<Value>(int64_t{counter.size}) : std::nullopt;
+}
+
+std::string Store(const SizeMode& row, const Value& value, const DeviceKind&,
+                  CounterV2Config& counter) {
+  const auto size = NumberIn(value, 0, INT32_MAX);
+  if (!size) return "a number of bytes";
+  if (counter.size_mode != CORVANE_IGNORE) return "one size, not several";
+  counter.size_mode = row.mode;
+  counter.size = static_cast<int32_t>(*size);
+  return "";
+}
+
+std::optional<Value> Show(const CounterAddress& row, const CounterV2Config& counter) {
+  if (!HasAddress(counter) || counter.*row.condition == CORVANE_IGNORE) return std::nullopt;
+  const bool is_ipv4 = counter.ipv4 != CORVANE_IGNORE && FitsIpv4(counter);
+  if (is_ipv4 != (row.version == kIpv4)) return std::nullopt;
+  return SameCounterIp(counter, row.version);
+}
+
+std::string Store(const CounterAddress& row, const Value& value, const DeviceKind&,
+                  CounterV2Config& counter) {
+  const std::string family = row.version == kIpv4 ? "ipv4" : "ipv6";
+  if (counter.*row.condition == CORVANE_IGNORE) return family + " beside its address";
+  if (HasAddress(counter)) return "one address, not both";
+  const auto* text = std::get_if<std::string>(&value);
+  const bool is_ipv4 = text != nullptr && text->find('.') != std::string::npos;
+  if (text == nullptr || !IsIpText(*text) || is_ipv4 != (row.version == kIpv4) ||
+      !SetCounterIpWildcard(*text, counter, row.version)) {
+    return row.version == kIpv4 ? "an IPv4 address such as 10.1.*.*" : "an IPv6 address in full";
+  }
+  return "";
+}
 
 const char* CounterIndexGlossary() {
   static char glossary[128];

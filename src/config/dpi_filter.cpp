@@ -6,6 +6,7 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <string_view>
 
 #include "console/report.h"
 #include "console/status.h"
@@ -48,21 +49,31 @@ bool ScanHex(const std::string& text, DpiFilterRecord& filter) {
   return true;
 }
 
+void SetText(const std::string& text, DpiFilterRecord& filter) {
+  memset(filter.data, 0, sizeof filter.data);
+  memcpy(filter.data, text.data(), std::min(text.size(), sizeof filter.data));
+}
+
+bool IsPrintable(const DpiFilterRecord& filter) {
+  return std::ranges::all_of(filter.data, [](uint8_t byte) { return byte >= ' ' && byte <= '~'; });
+}
+
+bool HasPattern(const DpiFilterRecord& filter) {
+  return std::ranges::any_of(filter.data, [](uint8_t byte) { return byte != 0; });
+}
+
 bool ApplyPattern(const CommandNode& leaf, DpiFilterRecord& filter) {
-  const std::string text = TextOr(leaf, kDpiText.key, "");
-  if (IsGiven(leaf, kDpiText.key)) {
-    memset(filter.data, 0, sizeof filter.data);
-    memcpy(filter.data, text.data(), std::min(text.size(), sizeof filter.data));
+  const std::string text = TextOr(leaf, kDpiText.parameter.key, "");
+  if (IsGiven(leaf, kDpiText.parameter.key)) {
+    SetText(text, filter);
     return true;
   }
   // The scan reads the text parameter, which is empty here: --dpihex is always refused, as in
   // every release.
-  return !IsGiven(leaf, kDpiHex.key) || ScanHex(text, filter);
+  return !IsGiven(leaf, kDpiHex.parameter.key) || ScanHex(text, filter);
 }
 
-bool ApplyMask(const CommandNode& leaf, DpiFilterRecord& filter) {
-  if (!IsGiven(leaf, kDpiMask.key)) return true;
-  const std::string text = TextOr(leaf, kDpiMask.key, "");
+bool SetMask(const std::string& text, DpiFilterRecord& filter) {
   char* end = nullptr;
   const unsigned long mask = strtoul(text.c_str(), &end, 16);
   if (text.empty() || *end != '\0') return false;
@@ -70,7 +81,69 @@ bool ApplyMask(const CommandNode& leaf, DpiFilterRecord& filter) {
   return true;
 }
 
+bool ApplyMask(const CommandNode& leaf, DpiFilterRecord& filter) {
+  return !IsGiven(leaf, kDpiMask.parameter.key) ||
+         SetMask(TextOr(leaf, kDpiMask.parameter.key, ""), filter);
+}
+
+bool IsHex(std::string_view text, size_t digits) {
+  return text.size() == digits &&
+         text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
+constexpr const char* kOnePattern = "dpitxt or dpihex, not both";
+
 }  // namespace
+
+std::optional<Value> ShowDpiText(const DpiFilterRecord& filter) {
+  if (!IsPrintable(filter)) return std::nullopt;
+  return std::string(std::begin(filter.data), std::end(filter.data));
+}
+
+std::string StoreDpiText(const Value& value, const DeviceKind&, DpiFilterRecord& filter) {
+  const auto* text = std::get_if<std::string>(&value);
+  if (text == nullptr || text->size() != sizeof filter.data) return "a text of 16 characters";
+  if (HasPattern(filter)) return kOnePattern;
+  SetText(*text, filter);
+  return "";
+}
+
+std::optional<Value> ShowDpiHex(const DpiFilterRecord& filter) {
+  if (IsPrintable(filter) || !HasPattern(filter)) return std::nullopt;
+  std::string digits;
+  for (const uint8_t byte : filter.data) {
+    for (const int digit : {byte >> 4, byte & 0xF}) digits += "0123456789abcdef"[digit];
+  }
+  return digits;
+}
+
+std::string StoreDpiHex(const Value& value, const DeviceKind&, DpiFilterRecord& filter) {
+  const auto* digits = std::get_if<std::string>(&value);
+  if (digits == nullptr || !IsHex(*digits, 2 * sizeof filter.data)) {
+    return "a text of 32 hexadecimal digits";
+  }
+  if (HasPattern(filter)) return kOnePattern;
+  ScanHex(*digits, filter);
+  return "";
+}
+
+std::optional<Value> ShowDpiMask(const DpiFilterRecord& filter) {
+  char text[11];
+  snprintf(text, sizeof text, "0x%08x", filter.mask);
+  return text;
+}
+
+std::string StoreDpiMask(const Value& value, const DeviceKind&, DpiFilterRecord& filter) {
+  const auto* text = std::get_if<std::string>(&value);
+  const size_t start = text != nullptr && text->starts_with("0x") ? 2 : 0;
+  if (const auto number = NumberIn(value, 0, UINT32_MAX)) {
+    filter.mask = static_cast<uint32_t>(*number);
+  } else if (text == nullptr || !IsHex(std::string_view(*text).substr(start), 8) ||
+             !SetMask(*text, filter)) {
+    return "8 hexadecimal digits, such as \"0x0000ffff\"";
+  }
+  return "";
+}
 
 int DpiEnable(const CommandNode& leaf) {
   const Session session(DeviceText(leaf));

@@ -1,8 +1,11 @@
 #include "config/features.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <string>
+#include <string_view>
 
 #include "console/report.h"
 #include "console/status.h"
@@ -14,8 +17,9 @@ namespace corvane {
 namespace {
 
 constexpr uint16_t kFixedSlice = 128;
-constexpr uint8_t kFirmware10G = 0;
-constexpr uint8_t kFirmware1G = 1;
+// By their index.
+constexpr std::string_view kFirmwareModes[] = {"10G", "1G"};
+constexpr const char* kOffWithLength = "off ";
 
 // The models whose slicer knows one length only.
 bool HasFixedSlicer(int32_t type_code) {
@@ -35,11 +39,15 @@ bool HasFixedSlicer(int32_t type_code) {
   }
 }
 
+void SetSlicing(uint16_t length, FeaturesRecord& features) {
+  features.slicing_size = length;
+  features.slicing = length != 0 ? 1 : 0;
+}
+
 // False when the device's type, which determines the length, cannot be read.
 bool ApplySlicing(const CommandNode& leaf, DeviceHandle device, FeaturesRecord& features) {
-  if (!IsGiven(leaf, kSlicingLength.key)) return true;
-  features.slicing_size = static_cast<uint16_t>(Integer(leaf, kSlicingLength.key, 0));
-  features.slicing = features.slicing_size != 0 ? 1 : 0;
+  if (!IsGiven(leaf, kSlicing.parameter.key)) return true;
+  SetSlicing(static_cast<uint16_t>(Integer(leaf, kSlicing.parameter.key, 0)), features);
   if (features.slicing_size == 0 || features.slicing_size == kFixedSlice) return true;
 
   int32_t type_code = 0;
@@ -74,18 +82,21 @@ void ApplyAutonegotiation(const CommandNode& leaf, uint32_t capabilities,
   }
 }
 
+std::optional<uint8_t> FirmwareIndex(const std::string& mode) {
+  const auto* found = std::ranges::find(kFirmwareModes, mode);
+  if (found == std::end(kFirmwareModes)) return std::nullopt;
+  return static_cast<uint8_t>(found - std::begin(kFirmwareModes));
+}
+
 // True when another firmware was chosen, which the device loads only when it restarts.
 bool ApplyFirmwareMode(const CommandNode& leaf, uint32_t capabilities, FeaturesRecord& features) {
-  const std::string mode = TextOr(leaf, kFirmwareMode.key, "");
-  uint8_t index = features.firmware_index;
-  if (mode == "1G") index = kFirmware1G;
-  if (mode == "10G") index = kFirmware10G;
-  if (index == features.firmware_index) return false;
-  if ((capabilities & CORVANE_CAP_MULTIPLE_HW) == 0) {
+  const auto index = FirmwareIndex(TextOr(leaf, kFirmwareMode.parameter.key, ""));
+  if (!index || *index == features.firmware_index) return false;
+  if ((capabilities & kFirmwareMode.needs) == 0) {
     puts("Warning : Your device does not support multiple HW firmware.");
     return false;
   }
-  features.firmware_index = index;
+  features.firmware_index = *index;
   return true;
 }
 
@@ -142,6 +153,49 @@ void PrintFeatures(const FeaturesRecord& features, uint32_t capabilities) {
 }
 
 }  // namespace
+
+std::optional<Value> ShowSlicing(const FeaturesRecord& features) {
+  if (features.slicing == 0 && features.slicing_size != 0) {
+    return kOffWithLength + std::to_string(features.slicing_size);
+  }
+  return int64_t{features.slicing_size};
+}
+
+std::string StoreSlicing(const Value& value, const DeviceKind& device, FeaturesRecord& features) {
+  const auto* text = std::get_if<std::string>(&value);
+  if (text != nullptr && text->starts_with(kOffWithLength)) {
+    unsigned length = 0;
+    char more = 0;
+    if (sscanf(text->c_str() + strlen(kOffWithLength), "%5u%c", &length, &more) == 1 &&
+        length <= UINT16_MAX) {
+      features.slicing = 0;
+      features.slicing_size = static_cast<uint16_t>(length);
+      return "";
+    }
+  }
+  const auto length = NumberIn(value, 0, UINT16_MAX);
+  if (!length) return "a length from 0 (off) to 65535, or \"off \" and a length";
+  if (*length != 0 && *length != kFixedSlice && HasFixedSlicer(device.type_code)) {
+    return "0 or 128, the only length of this device";
+  }
+  SetSlicing(static_cast<uint16_t>(*length), features);
+  return "";
+}
+
+std::optional<Value> ShowFirmwareMode(const FeaturesRecord& features) {
+  const uint8_t index = features.firmware_index;
+  return index < std::size(kFirmwareModes)
+             ? std::optional<Value>(std::string(kFirmwareModes[index]))
+             : std::nullopt;
+}
+
+std::string StoreFirmwareMode(const Value& value, const DeviceKind&, FeaturesRecord& features) {
+  const auto* mode = std::get_if<std::string>(&value);
+  const auto index = mode == nullptr ? std::nullopt : FirmwareIndex(*mode);
+  if (!index) return std::string("one of ") + kFirmwareMode.parameter.datatype;
+  features.firmware_index = *index;
+  return "";
+}
 
 int FeaturesSet(const CommandNode& leaf) {
   Session session(DeviceText(leaf));

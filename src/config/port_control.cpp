@@ -31,20 +31,24 @@ int Apply(const CommandNode& leaf, bool inline_mode, PortsSpeedRecord& speeds) {
   }
   PortControl& block = speeds.ports[port == "a" ? 0 : 1];
   ApplySwitches(leaf, kPortSwitches, block);
-  if (block.autoneg == 0) {
-    if (block._1000txfd == 1) {
-      return FailSet(kRejected, ": 1000TXFD speed is not supported if autonegotiation is disabled");
-    }
-    if (block._100txfd + block._100txhd + block._10txfd + block._10txhd != 1) {
-      return FailSet(kRejected,
-                     ": if autonegotiation is disabled, one and only one port speed must be set");
-    }
-  }
+  const char* wrong = CheckPort(block);
+  if (wrong != nullptr) return FailSet(kRejected, (std::string(": ") + wrong).c_str());
   if (inline_mode) speeds.ports[1] = speeds.ports[0];
   return kSuccess;
 }
 
 }  // namespace
+
+const char* CheckPort(const PortControl& port) {
+  if (port.autoneg != 0) return nullptr;
+  if (port._1000txfd == 1) {
+    return "1000TXFD speed is not supported if autonegotiation is disabled";
+  }
+  if (port._100txfd + port._100txhd + port._10txfd + port._10txhd != 1) {
+    return "if autonegotiation is disabled, one and only one port speed must be set";
+  }
+  return nullptr;
+}
 
 int PortControlSet(const CommandNode& leaf) {
   PortsSpeedRecord speeds = {};

@@ -6,6 +6,8 @@
 
 namespace corvane {
 
+inline constexpr const char* kPortControlCommand = "portcontrol";
+
 inline constexpr ParameterSpec kPortSelection =
     PatternSpec("port", "portselection", "^a|b$", "<a|b>", 1, "Selection of the port");
 
@@ -36,6 +38,12 @@ inline constexpr PortSwitch kPortSwitches[] = {
 };
 
 inline constexpr auto kPortControlParameters = Parameters(kPortSelection, kPortSwitches);
+
+// The words of kPortSelection, in the order of the ports.
+inline constexpr const char* kPortWords[CORVANE_PORTS] = {"a", "b"};
+
+// What is wrong with the settings of a port together; null when nothing is.
+const char* CheckPort(const PortControl& port);
 
 int PortControlSet(const CommandNode& leaf);
 int PortControlShow(const CommandNode& leaf);

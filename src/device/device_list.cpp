@@ -6,7 +6,6 @@ namespace corvane {
 
 namespace {
 
-constexpr int kWaitAttempts = 50;
 constexpr uint32_t kWaitMs = 100;
 
 // Gives its list back, as no handle was taken from it.
@@ -18,8 +17,8 @@ bool AnyDeviceAttached() {
   return any;
 }
 
-void WaitForDevices() {
-  for (int attempt = 0; attempt < kWaitAttempts; ++attempt) {
+void WaitForDevices(int attempts) {
+  for (int attempt = 0; attempt < attempts; ++attempt) {
     if (AnyDeviceAttached()) return;
     Wait(kWaitMs);
   }
@@ -27,8 +26,8 @@ void WaitForDevices() {
 
 }  // namespace
 
-const DeviceList* AttachedDevices() {
-  WaitForDevices();
+const DeviceList* AttachedDevices(int attempts) {
+  WaitForDevices(attempts);
   return CorvaneAPIGetDevicesList();
 }
 

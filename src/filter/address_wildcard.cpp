@@ -275,4 +275,30 @@ std::string FormatCounterIpWildcard(const CounterV2Config& record, int version) 
   return FormatIpWildcard(record.address, record.mask, version);
 }
 
+bool IsIpText(const std::string& text) {
+  return text.find_first_not_of("0123456789abcdefABCDEF:.*") == std::string::npos;
+}
+
+std::string SameFilterIp(const PacketFilterRecord& record, bool is_source) {
+  const unsigned bits = is_source ? record.src_ip_mask : record.dst_ip_mask;
+  constexpr int kRest = 12;  // bytes that an IPv4 text leaves alone
+  if ((bits & ((1U << kRest) - 1)) != 0) return FormatFilterIpWildcard(record, is_source, kIpv6);
+  uint8_t mask[4];
+  for (int byte = 0; byte < 4; ++byte) mask[byte] = (bits >> (byte + kRest) & 1) != 0 ? 0xFF : 0;
+  return FormatIpWildcard((is_source ? record.src_ip : record.dst_ip) + kRest, mask, kIpv4);
+}
+
+std::string SameCounterIp(const CounterV2Config& record, int version) {
+  if (version == kIpv4) return FormatIpWildcard(record.address, record.mask, version);
+  std::string text;
+  for (int byte = 15; byte >= 0; --byte) {
+    for (const int shift : {4, 0}) {
+      const bool counts = (record.mask[byte] >> shift & 0xF) == 0xF;
+      text += counts ? "0123456789abcdef"[record.address[byte] >> shift & 0xF] : '*';
+    }
+    if (byte > 0 && byte % 2 == 0) text += ':';
+  }
+  return text;
+}
+
 }  // namespace corvane

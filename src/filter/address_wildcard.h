@@ -58,4 +58,13 @@ std::string FormatIpWildcard(const uint8_t* value, const uint8_t* mask, int vers
 std::string FormatFilterIpWildcard(const PacketFilterRecord& record, bool is_source, int version);
 std::string FormatCounterIpWildcard(const CounterV2Config& record, int version);
 
+// False for a text that the parsers accept although it has other characters than an address.
+bool IsIpText(const std::string& text);
+
+// The text whose parsing gives the same bytes, as far as a text can: in a slot of a filter an IPv4
+// address stands in the 16-byte arrangement and looks like an IPv6 one that ends in wildcards; the
+// shorter text is returned. A counter's IPv6 address keeps its nibbles.
+std::string SameFilterIp(const PacketFilterRecord& record, bool is_source);
+std::string SameCounterIp(const CounterV2Config& record, int version);
+
 }  // namespace corvane

@@ -6,6 +6,8 @@
 
 namespace corvane {
 
+inline constexpr const char* kPacketTypesCommand = "packet_type_filter";
+
 using PacketTypeRow = SwitchRow<PacketTypeFilterRecord, uint8_t>;
 
 inline constexpr PacketTypeRow kPacketTypes[] = {
@@ -42,9 +44,11 @@ inline constexpr PacketTypeRow kPacketTypes[] = {
 
 // A device without the capability needs it on.
 inline constexpr PacketTypeRow kVlanType = {SwitchSpec("vlan", "Filter on VLAN"), "VLAN",
-                                            &PacketTypeFilterRecord::vlan, CORVANE_CAP_VLAN_FILTER};
+                                            &PacketTypeFilterRecord::vlan, CORVANE_CAP_VLAN_FILTER,
+                                            Without::kOne};
 
-inline constexpr auto kPacketTypeParameters = Parameters(kPacketTypes, kVlanType);
+inline constexpr auto kPacketTypeRows = std::tie(kPacketTypes, kVlanType);
+inline constexpr auto kPacketTypeParameters = ParametersOf(kPacketTypeRows);
 
 int PacketTypeFilterSet(const CommandNode& leaf);
 int PacketTypeFilterShow(const CommandNode& leaf);

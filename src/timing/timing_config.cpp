@@ -1,5 +1,6 @@
 #include "timing/timing_config.h"
 
+#include <cmath>
 #include <cstdio>
 #include <iterator>
 
@@ -19,14 +20,18 @@ constexpr int kMostSteps = 215;
 constexpr const char* kTimestampSources[] = {"System clock",     "RTC", "GPS", "Not initialized",
                                              "Manual timestamp", "SNTP"};
 
-// The compensation in steps, truncated toward zero; false when a given one is out of range. Without
-// one the field becomes 0: unlike the other timing fields it is not preserved.
-bool ApplyCompensation(const CommandNode& leaf, FeaturesRecord& features) {
-  const double steps = -(Real(leaf, kPpsCompensation.key, 0.0) / kNsPerStep);
+// The compensation in steps, truncated toward zero; false when it is out of range.
+bool SetCompensation(double nanoseconds, FeaturesRecord& features) {
+  const double steps = -(nanoseconds / kNsPerStep);
   const bool in_range = steps > -1.0 && steps < kMostSteps + 1.0;  // false for a NaN
   if (!in_range) return false;
   features.ppscomp = static_cast<uint16_t>(static_cast<int>(steps));
   return true;
+}
+
+// Without one the field becomes 0: unlike the other timing fields it is not preserved.
+bool ApplyCompensation(const CommandNode& leaf, FeaturesRecord& features) {
+  return SetCompensation(Real(leaf, kPpsCompensation.parameter.key, 0.0), features);
 }
 
 const char* SourceName(uint32_t code) {
@@ -83,6 +88,20 @@ void PrintStatus(const TimingStatusRecord& timing) {
 }
 
 }  // namespace
+
+// Rounded up to hundredths, far less than a step, so that truncation gives the same step.
+std::optional<Value> ShowCompensation(const FeaturesRecord& features) {
+  return features.ppscomp == 0 ? 0.0 : std::ceil(features.ppscomp * kNsPerStep * 100) / -100;
+}
+
+std::string StoreCompensation(const Value& value, const DeviceKind&, FeaturesRecord& features) {
+  const auto* real = std::get_if<double>(&value);
+  const auto whole = NumberIn(value, -kMostSteps, 0);
+  const bool given = real != nullptr || whole;
+  const double nanoseconds = real != nullptr ? *real : static_cast<double>(whole.value_or(0));
+  if (given && SetCompensation(nanoseconds, features)) return "";
+  return "nanoseconds from -50.29 to 0";
+}
 
 int TimingConfig(const CommandNode& leaf) {
   const Session session(DeviceText(leaf));

@@ -1,10 +1,14 @@
 // Where the timestamp clock gets its time and how it is kept.
 #pragma once
 
+#include <cstddef>
+
 #include "device/corvane_api.h"
 #include "line/settings.h"
 
 namespace corvane {
+
+inline constexpr const char* kTimingCommand = "timing";
 
 inline constexpr Choice kInitializationChoices[] = {
     {"system", CORVANE_TIME_SYSTEM, "Initialize from system time"},
@@ -32,8 +36,16 @@ inline constexpr SwitchRow<FeaturesRecord> kTimingSwitches[] = {
      &FeaturesRecord::ppsoutput},
 };
 
-inline constexpr ParameterSpec kPpsCompensation =
-    RealSpec("ppscomp", "<value>", "PPS compensation in ns. [-50;0]\n");
+// In ns.
+std::optional<Value> ShowCompensation(const FeaturesRecord& features);
+std::string StoreCompensation(const Value& value, const DeviceKind& device,
+                              FeaturesRecord& features);
+
+inline constexpr CodecRow<FeaturesRecord> kPpsCompensation = {
+    RealSpec("ppscomp", "<value>", "PPS compensation in ns. [-50;0]\n"),
+    ShowCompensation,
+    StoreCompensation,
+    {{{offsetof(FeaturesRecord, ppscomp), sizeof FeaturesRecord::ppscomp}}}};
 
 constexpr ParameterSpec TimestampPlaceSpec(const char* name, const char* glossary) {
   return PatternSpec(name, name, "^capture|ingress|egress$", "<capture|ingress|egress>", 3,
@@ -48,8 +60,9 @@ inline constexpr TimingChoice kPortTimestampPlaces[] = {
      &FeaturesRecord::portBts, kPlaceChoices},
 };
 
-inline constexpr auto kTimingConfigParameters =
-    Parameters(kTimestampInitialization, kTimingSwitches, kPpsCompensation, kPortTimestampPlaces);
+inline constexpr auto kTimingRows =
+    std::tie(kTimestampInitialization, kTimingSwitches, kPpsCompensation, kPortTimestampPlaces);
+inline constexpr auto kTimingConfigParameters = ParametersOf(kTimingRows);
 
 inline constexpr const char* kTimingUnsupported =
     "Your device does not support timing information and configuration";
