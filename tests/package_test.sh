@@ -42,7 +42,7 @@ for package in "${packages[@]}"; do
   ! dpkg-deb -f "$package" Depends | grep -i corvaneapi || fail "$package wants the maker's"
   dpkg-deb -x "$package" "$root"
 done
-(cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-config,-report,-sim} doc/corvane/performance.md* \
+(cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-config,-lab,-report,-sim} doc/corvane/performance.md* \
   doc/corvane/{report,simulator}.md.gz doc/corvane/examples/ansible/site.yml) >/dev/null
 day=$(sed -n 's/^## [0-9.]* - //p' "$source/CHANGELOG.md" | head -1)
 zcat "$root/usr/share/doc/corvane/changelog.gz" |
