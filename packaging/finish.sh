@@ -5,5 +5,5 @@ set -e
 find "$1/usr/share/man" -name '*.[1-9]' -exec gzip -9n {} +
 find "$1/usr/share/doc" -maxdepth 2 -name '*.md' -size +4k -exec gzip -9n {} +
 find "$1/usr" -type f \( -path '*/bin/corvane' -o -path '*/bin/corvane-config' -o \
-  -path '*/bin/corvane-lab' -o -path '*/bin/corvane-report' -o \
+  -path '*/bin/corvane-lab' -o -path '*/bin/corvane-report' -o -name corvane-extcap -o \
   -name corvane-lab.so -o -name '*.so.*' \) -exec strip -R .comment -R .note {} +

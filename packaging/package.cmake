@@ -1,6 +1,7 @@
-# The Debian packages: corvane, and corvane-simulator for machines without a device.
+# The Debian packages: corvane, corvane-wireshark for its devices in Wireshark, and corvane-simulator for
+# machines without a device.
 set(CPACK_GENERATOR DEB)
-set(CPACK_COMPONENTS_ALL corvane simulator)
+set(CPACK_COMPONENTS_ALL corvane simulator wireshark)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_CONTACT "The Corvane utility developers <developers@corvane.invalid>")
@@ -25,6 +26,17 @@ set(CPACK_COMPONENT_CORVANE_DESCRIPTION
 Features, ports, filters, counters, capture to files, clock and firmware of
 Corvane devices, USB Ethernet taps, from the command line; settings as files
 that can be compared, applied and tried. Completion for bash, zsh and fish.
+
+The library libCorvaneAPI.so.2 that drives the devices comes from their maker.
+The package corvane-simulator has one that simulates them.")
+set(CPACK_DEBIAN_WIRESHARK_PACKAGE_NAME corvane-wireshark)
+set(CPACK_DEBIAN_WIRESHARK_PACKAGE_RECOMMENDS "wireshark | tshark")
+set(CPACK_DEBIAN_WIRESHARK_PACKAGE_SUGGESTS "corvane, corvane-simulator")
+set(CPACK_COMPONENT_WIRESHARK_DESCRIPTION
+"Corvane network capture devices as interfaces of Wireshark
+Corvane devices, USB Ethernet taps, stand in the list of interfaces of
+Wireshark and tshark. A click shows live frames of both ports with the
+device's own time stamps.
 
 The library libCorvaneAPI.so.2 that drives the devices comes from their maker.
 The package corvane-simulator has one that simulates them.")
@@ -54,7 +66,7 @@ endif()
 ")
 
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane
-  FILES_MATCHING PATTERN *.md)
+  FILES_MATCHING PATTERN *.md PATTERN wireshark.md EXCLUDE)
 install(DIRECTORY contrib/ansible contrib/systemd DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane/examples
   PATTERN __pycache__ EXCLUDE)
 
@@ -65,7 +77,7 @@ add_custom_command(OUTPUT ${changelog}
     < ${CMAKE_SOURCE_DIR}/CHANGELOG.md | gzip -9n > ${changelog}
   DEPENDS ${CMAKE_SOURCE_DIR}/CHANGELOG.md ${CMAKE_SOURCE_DIR}/packaging/changelog.sh VERBATIM)
 add_custom_target(changelog ALL DEPENDS ${changelog})
-foreach(component corvane simulator)
+foreach(component corvane simulator wireshark)
   string(TOUPPER ${component} upper)
   set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   install(FILES packaging/copyright ${changelog} COMPONENT ${component}

@@ -2,11 +2,12 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <variant>
 
+#include "capture/capture_start.h"
 #include "capture/wide_string.h"
 #include "console/report.h"
 #include "console/status.h"
-#include "device/capabilities.h"
 #include "device/session.h"
 #include "line/device_option.h"
 
@@ -36,50 +37,16 @@ Config CommonSettings(const CommandNode& leaf) {
 }
 
 // A name wins over a folder, which is then ignored together with the pattern.
-int Configure(const CommandNode& leaf, DeviceHandle device) {
+std::variant<DiskDumpConfig, DiskDumpConfigEx> Config(const CommandNode& leaf) {
   if (IsGiven(leaf, kCaptureName.key)) {
     auto config = CommonSettings<DiskDumpConfig>(leaf);
     config.file_name = ToWideString(TextOr(leaf, kCaptureName.key, ""));
-    return CorvaneAPIDiskDumpSetConfig(device, config);
+    return config;
   }
   auto config = CommonSettings<DiskDumpConfigEx>(leaf);
   config.directory = ToWideString(TextOr(leaf, kCaptureDir.key, ""));
   config.pattern = ToWideString(TextOr(leaf, kCapturePattern.key, kDefaultPattern));
-  return CorvaneAPIDiskDumpSetConfigEx(device, config);
-}
-
-// The last counter counts what the hardware dropped, on both ports, and nothing else.
-int ConfigureDropCounter(DeviceHandle device) {
-  CounterV2Config counter = {};
-  counter.index = CORVANE_COUNTERS_V2 - 1;
-  for (int32_t* condition :
-       {&counter.ipv4, &counter.ipv6, &counter.bcast, &counter.mcast, &counter.ucast, &counter.icmp,
-        &counter.udp, &counter.tcp, &counter.crc_ok, &counter.size_mode}) {
-    *condition = CORVANE_IGNORE;
-  }
-  counter.hw_dropped = CORVANE_COUNT_IF_TRUE;
-  counter.porta = 1;
-  counter.portb = 1;
-  return CorvaneAPISetCounterV2(device, counter);
-}
-
-int Start(const CommandNode& leaf, DeviceHandle device) {
-  DiskDumpStatus running = {};
-  int status = CorvaneAPIDiskDumpGetStatus(device, &running);
-  if (status != kSuccess) return Fail(status, "Failed: cannot get status\n");
-  if (running.enabled != 0) return Fail(kAlreadyRunning, "Failed: capture is already started");
-
-  status = Configure(leaf, device);
-  if (status != kSuccess) return Fail(status, "Failed: cannot set configuration");
-  if (Supports(device, CORVANE_CAP_STATISTICS_V2)) {
-    status = ConfigureDropCounter(device);
-    if (status != kSuccess) {
-      return Fail(status, "Failed: cannot set counters config for statistics V2");
-    }
-  }
-  status = CorvaneAPIDiskDumpStart(device);
-  puts(status == kSuccess ? "Capture started" : "Failed: cannot start capture");
-  return status;
+  return config;
 }
 
 }  // namespace
@@ -108,7 +75,8 @@ int DirectCaptureStart(const CommandNode& leaf) {
                 "Failed: You must specify either a full file name using --name or an output "
                 "directory using --dir");
   }
-  return Start(leaf, session.device());
+  const CaptureStart start = StartCapture(session.device(), Config(leaf));
+  return Fail(start.status, start.line);
 }
 
 int DirectCaptureStop(const CommandNode& leaf) {
