@@ -41,9 +41,9 @@ tshark -D 2>log | grep -c '[0-9]. 00:1a:2b:3c:4d:0[12] (Corvane-M7)' | grep -qx 
 CORVANE_SIM_CONFIG=/none "$extcap" --extcap-config --extcap-interface $device >log 2>&1 ||
   fail 'the settings need the library'
 
-# Files of 1 MB: every frame, in order. The generator's are 50 microseconds apart, but for those that
+# Files of 2 MB: every frame, in order. The generator's are 50 microseconds apart, but for those that
 # the device itself leaves out.
-view -i $device -o extcap.00_1a_2b_3c_4d_01.size:1 -a duration:4 || fail 'rotation'
+view -i $device -o extcap.00_1a_2b_3c_4d_01.size:2 -a duration:5 || fail 'rotation'
 tshark -r seen.pcapng -T fields -e frame.time_epoch 2>log |
   awk 'NR > 1 && ($1 < last || $1 - last > 0.0006) { wrong = 1 } { last = $1 } END { exit wrong || NR < 20000 }' ||
   fail 'frames are missing'
@@ -54,6 +54,21 @@ for id in 0 1 2 3; do
     fail "two devices: nothing of interface $id"
 done
 expect_clean 'two devices'
+
+# A viewer that takes nothing for a while: the disk has two files, then there is a gap.
+mkfifo pipe
+(sleep 4; cat) <pipe >raw.pcapng &
+"$extcap" --capture --extcap-interface $device --fifo pipe --size 1 2>log &
+slow=$!
+until_running 1
+sleep 3
+most=$(du -sk tmp/corvane* | cut -f1)
+[ "$most" -gt 1000 ] && [ "$most" -lt 2200 ] || fail "$most kB are on the disk"
+sleep 2
+kill $slow
+wait $slow || fail 'a slow viewer'
+grep -q 'too slow, files lost: [0-9]' log || fail 'nothing is lost, or it is not said'
+tshark -r raw.pcapng >seen 2>log || fail 'a gap between files'
 
 # The roads to the end, without traffic: nothing but the end itself can be noticed.
 export CORVANE_SIM_CONFIG=$folder/slow.toml
@@ -68,7 +83,6 @@ for signal in INT TERM KILL; do
 done
 
 # One that was killed has left its capture and its folder; the next start removes both.
-mkfifo pipe
 cat pipe >raw &
 "$extcap" --capture --extcap-interface $device --fifo pipe &
 until_running 1

@@ -145,7 +145,12 @@ CaptureView ReadCapture(const CapturePlace& place) {
   }
   CaptureView view = {.runs = page.Holder() != 0, .report = page.shared().report.Load()};
   CaptureReport& report = view.report;
-  if (view.runs) return view;
+  if (view.runs) {  // until its process has ended no other can begin, whatever it reports
+    report.state = CaptureState::kRunning;
+    report.status.enabled = 1;
+    report.status.error = 0;
+    return view;
+  }
   if (report.state > CaptureState::kFailed) return {};  // damaged
   report.status.enabled = 0;
   report.status.cache_used = 0;

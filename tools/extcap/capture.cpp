@@ -31,9 +31,9 @@ namespace {
 
 constexpr int kLookMs = 250;  // between two looks at the capture's status
 constexpr int kRoomMs = 5;
-constexpr int64_t kPatienceMs = 5000;   // with a reader that takes nothing, at the end
-constexpr uint32_t kDiskForCache = 10;  // so much more than in memory may wait on the disk
-constexpr uint32_t kMegabyte = 20;      // bits
+constexpr int64_t kPatienceMs = 5000;  // with a reader that takes nothing, at the end
+constexpr size_t kMostFiles = 2;       // on the disk: the one that is read, the one that is written
+constexpr uint32_t kMegabyte = 20;     // bits
 
 struct File {
   int descriptor = -1;
@@ -171,8 +171,8 @@ void Drain(const Running& run) {
 
 int Report(End end, int library_status, const Relay& relay) {
   if (relay.files_passed_over() > 0) {
-    FailWith(kSuccess, "frames of " + std::to_string(relay.files_passed_over()) +
-                           " files are lost, the viewer was too slow");
+    FailWith(kSuccess, "the viewer was too slow, files lost: " +
+                           std::to_string(relay.files_passed_over()));
   }
   if (end == End::kNoStatus) return FailWith(library_status, "cannot get status");
   if (end == End::kError) return FailWith(kRejected, "the capture ended with an error");
@@ -190,7 +190,7 @@ int Run(const CaptureWish& wish, DeviceHandle device, int pipe) {
   if (mbstowcs(nullptr, folder.path().c_str(), 0) == static_cast<size_t>(-1)) {
     return FailWith(kRejected, folder.path() + ": not UTF-8");
   }
-  Relay relay(2 + kDiskForCache * wish.cache_mb / wish.file_size_mb);
+  Relay relay(kMostFiles);
   if (!relay.Open(folder.path(), folder.descriptor(), pipe)) {
     return FailWith(kRejected, folder.path() + ": " + strerror(errno));
   }

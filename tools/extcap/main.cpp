@@ -33,20 +33,20 @@ constexpr const char* kUsage =
     "       corvane-extcap --extcap-interface=DEVICE --capture --fifo=FIFO [--size=MB]\n"
     "                      [--maxcache=MB] [--fullframes]\n"
     "Shows Corvane devices to Wireshark, which starts it; DEVICE is a MAC address or an index.\n"
-    "  --size MB       size of each file in $TMPDIR on the way to the viewer (default 64)\n"
-    "  --maxcache MB   what may wait in memory, and ten times that on disk (default 100)\n"
+    "  --size MB       size of each file in $TMPDIR on the way to the viewer (default 64);\n"
+    "                  there are two at most: a viewer slower than that loses frames\n"
+    "  --maxcache MB   what may wait in memory (default 100)\n"
     "  --fullframes    capture full frames\n"
     "  --version       the version\n"
     "  --help          this text\n"
     "Exit status: 0 done; 2 wrong command line; else that of corvane directcapture start.\n";
 
 constexpr const char* kSettings =
-    "arg {number=0}{call=--size}{display=File size (MB)}{tooltip=Of each file on the way to the "
-    "viewer; there are two, and it is written to the folder for temporary files}{type=unsigned}"
+    "arg {number=0}{call=--size}{display=File size (MB)}{tooltip=Of each of the two files in the "
+    "folder for temporary files; what they cannot hold for a slow viewer is lost}{type=unsigned}"
     "{range=1,65536}{default=64}\n"
-    "arg {number=1}{call=--maxcache}{display=Cache (MB)}{tooltip=What may wait, ten times that on "
-    "disk for a slow "
-    "viewer}{type=unsigned}{range=0,65536}{default=100}\n"
+    "arg {number=1}{call=--maxcache}{display=Cache (MB)}{tooltip=What may wait in memory to "
+    "be written to the files}{type=unsigned}{range=0,65536}{default=100}\n"
     "arg {number=2}{call=--fullframes}{display=Full frames}{tooltip=Capture frames in full, "
     "whatever "
     "the slicing}{type=boolflag}{default=false}\n";

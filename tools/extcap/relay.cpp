@@ -37,7 +37,8 @@ bool Relay::Open(const std::string& path, int folder, int pipe) {
          inotify_add_watch(watch_, path.c_str(), IN_CREATE | IN_MOVED_TO | IN_MODIFY) >= 0;
 }
 
-// Takes note of new files.
+// Takes note of new files. Of those that wait too long the oldest that is not yet begun goes: also
+// while the pipe takes nothing.
 void Relay::LookAround() {
   alignas(inotify_event) char events[4096];
   for (ssize_t size; (size = read(watch_, events, sizeof events)) > 0;) {
@@ -46,6 +47,10 @@ void Relay::LookAround() {
       if ((event->mask & (IN_CREATE | IN_MOVED_TO)) != 0) files_.emplace_back(event->name);
       at += sizeof *event + event->len;
     }
+  }
+  for (; files_.size() > most_files_; ++passed_over_) {
+    unlinkat(folder_, files_[1].c_str(), 0);
+    files_.erase(files_.begin() + 1);
   }
 }
 
@@ -66,10 +71,6 @@ Relay::State Relay::Fail(const char* reason) {
 
 // Fills the buffer, in which only the beginning of a block is left.
 Relay::State Relay::Read() {
-  while (files_.size() > most_files_) {
-    NextFile();
-    ++passed_over_;
-  }
   if (files_.empty()) return State::kIdle;
   if (file_ < 0) file_ = openat(folder_, files_.front().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
   const ssize_t size = file_ < 0 ? -1 : read(file_, buffer_.data() + used_, buffer_.size() - used_);

@@ -23,7 +23,8 @@ class Relay {
     kFailed    // the files cannot be read; failure() says why
   };
 
-  // Of the files that wait, no more than most_files are kept: those beyond are passed over.
+  // Of the files, no more than most_files, 2 or more, are kept: of those beyond, the first that is
+  // not yet read from is passed over.
   explicit Relay(size_t most_files) : most_files_(most_files) {}
   ~Relay();
   Relay(const Relay&) = delete;
