@@ -52,6 +52,26 @@ TEST(SimulatorJournal, HasTimesAndNoPollsWhenItIsToldSo) {
   EXPECT_TRUE(std::regex_match(journal, std::regex("(" + line + "){4,}"))) << journal;
 }
 
+// The rest of them moves on.
+TEST(SimulatorRecords, HaveFieldsThatStandStill) {
+  const Simulation simulation(DeviceToml(kMac, 0x3FFFFFF) + R"(
+features = {reserved_54 = 0x1234}
+timing_status = {rtc_year = 2038}
+statistics = {sw_dropped = 1000000, counters = [{}, {}, {count = 42}]}
+disk_dump_status = {error = 1, files_written = 7}
+)");
+  const char* const cases[][2] = {
+      {"timing status", R"(RTC time : \d+/\d+/2038)"},
+      {"statistics", R"(Timestamp +: +[1-9]\d{6,}\nSW dropped +: +1000000\n(.*\n){3}.* 42\n)"},
+      {"directcapture status", R"(Enabled : 0\n\tError : 1\n(.*\n)*\tFiles Written : 7\n)"}};
+  for (const auto& [command, expected] : cases) {
+    const std::string out = simulation.Run(command).out;
+    EXPECT_TRUE(std::regex_search(out, std::regex(expected))) << out;
+  }
+  simulation.Run("features set --inline on");
+  EXPECT_NE(simulation.Lines("CorvaneAPISetDeviceFeatures").at(0).find("3412"), std::string::npos);
+}
+
 TEST(SimulatorFaults, HitWhateverReturnsAStatusOrTheDeviceList) {
   std::istringstream header(ReadFile(CORVANE_HEADER));
   static const std::regex declaration(R"((\w+\*?) (Corvane\w+)\(.*)");

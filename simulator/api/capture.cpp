@@ -92,6 +92,7 @@ DiskDumpStatus CurrentStatus(Call& call) {
   DiskDumpStatus status = LookAtCapture(call).report.status;
   DumpSettings settings = {};
   if (ReadFact(call, kSettings, settings)) status.max_cache = settings.max_cache;
+  PutGiven(call, "disk_dump_status", &status);
   return status;
 }
 

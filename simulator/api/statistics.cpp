@@ -66,6 +66,7 @@ int32_t FillStatistics(Call& call, StatisticsRecord& statistics) {
   } else {
     FillPorts(past.frames, statistics);
   }
+  PutGiven(call, "statistics", &statistics);
   return CORVANE_OK;
 }
 

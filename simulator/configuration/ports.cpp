@@ -70,6 +70,9 @@ bool ReadPort(Where node, PortSource& source, ConfigurationError& error) {
   if (source.kind == SourceKind::kPcap && source.file.empty()) {
     return RefuseValue(node, "a pcap source needs a file", error);
   }
+  if (source.kind == SourceKind::kPcap && source.rate >= 0 && source.pace != Pace::kRate) {
+    return RefuseValue(*node.as_table()->get("rate"), "a rate wants pace = \"rate\"", error);
+  }
   if (source.kind == SourceKind::kInterface && source.interface.empty()) {
     return RefuseValue(node, "an interface source needs an interface", error);
   }

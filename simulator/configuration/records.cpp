@@ -16,7 +16,8 @@ bool WriteInteger(const Field& field, Where node, uint8_t* at, ConfigurationErro
   if (!whole) return Refuse(field, node, "an integer", error);
   const int64_t number = value != nullptr ? value->get() : (node.as_boolean()->get() ? 1 : 0);
   // Signed and unsigned numbers will do: -1 and 0xffffffff mean the same in a 32-bit field.
-  const int64_t high = (int64_t{1} << (8 * field.width)) - 1;
+  const bool wide = field.width == sizeof number;
+  const int64_t high = wide ? INT64_MAX : (int64_t{1} << (8 * field.width)) - 1;
   if (number > high || number < -(high / 2) - 1) {
     return RefuseValue(node, std::string(field.name) + " does not hold this number", error);
   }
@@ -110,9 +111,7 @@ bool ReadHex(std::string_view text, Bytes& bytes) {
 
 bool ReadRecord(const RecordLayout& layout, Where node, Bytes& record, ConfigurationError& error) {
   const auto* raw = node.as_string();
-  if (raw == nullptr && !layout.fields.empty()) {
-    return WriteTable(layout.fields, node, record.data(), error);
-  }
+  if (raw == nullptr) return WriteTable(layout.fields, node, record.data(), error);
   const Field whole = {layout.name, 0, layout.size, FieldKind::kBytes};
   return WriteBytes(whole, node, record.data(), error);
 }

@@ -26,6 +26,9 @@ Record Current(Call& call, const char* name) {
 // True when the configuration file gives the record as a whole: then nothing in it is live.
 bool IsGivenRaw(const Call& call, const char* name);
 
+// Puts what the configuration file gives of a record that moves on its own over what it would be.
+void PutGiven(const Call& call, const char* name, void* record);
+
 // The versions that the last update left, else those of the configuration file.
 VersionRecord CurrentVersions(Call& call);
 

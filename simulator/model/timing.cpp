@@ -45,12 +45,12 @@ uint32_t SourceOf(Call& call, const FeaturesRecord& features, const TimingStatus
 
 void FillRtc(int64_t device_ns, TimingStatusRecord& status) {
   const tm utc = UtcOf(device_ns / kSecond);
-  status.rtc_hour = static_cast<uint32_t>(utc.tm_hour);
-  status.rtc_minute = static_cast<uint32_t>(utc.tm_min);
-  status.rtc_second = static_cast<uint32_t>(utc.tm_sec);
-  status.rtc_year = static_cast<uint32_t>(utc.tm_year + 1900);
-  status.rtc_month = static_cast<uint32_t>(utc.tm_mon + 1);
-  status.rtc_day = static_cast<uint32_t>(utc.tm_mday);
+  FillLive(status.rtc_hour, utc.tm_hour);
+  FillLive(status.rtc_minute, utc.tm_min);
+  FillLive(status.rtc_second, utc.tm_sec);
+  FillLive(status.rtc_year, utc.tm_year + 1900);
+  FillLive(status.rtc_month, utc.tm_mon + 1);
+  FillLive(status.rtc_day, utc.tm_mday);
 }
 
 double Compensation(const FeaturesRecord& features) {

@@ -67,6 +67,9 @@ Bytes FactoryRecord(std::string_view layout, uint32_t capabilities) {
   if (layout == "surroundings") {
     return BytesOf(Surroundings{{1, 1}, {1, 1}, {kNegotiatesAll, kNegotiatesAll}});
   }
+  if (layout == "statistics" || layout == "disk_dump_status") {
+    return Bytes(FindLayout(layout)->size, kLiveByte);
+  }
   return Bytes(FindLayout(layout)->size);
 }
 

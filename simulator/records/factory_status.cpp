@@ -102,6 +102,8 @@ TimingStatusRecord FactoryTimingStatus() {
   status.synchronized = kLive;
   status.pps_deviation = kLiveReal;
   status.timestamp_source = kLive;
+  status.rtc_hour = status.rtc_minute = status.rtc_second = kLive;
+  status.rtc_year = status.rtc_month = status.rtc_day = kLive;
   return status;
 }
 

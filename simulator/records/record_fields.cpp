@@ -39,6 +39,10 @@ constexpr Field kFeatures[] = {
     FIELD(FeaturesRecord, autonega),
     FIELD(FeaturesRecord, autonegb),
     FIELD(FeaturesRecord, firmware_index),
+    FIELD(FeaturesRecord, reserved_54),
+    FIELD(FeaturesRecord, reserved_64),
+    FIELD(FeaturesRecord, reserved_70),
+    BYTES(FeaturesRecord, reserved_81),
 };
 
 constexpr Field kPortControl[] = {
@@ -77,6 +81,7 @@ constexpr Field kDpi[] = {
     FIELD(DpiFilterRecord, enabled),
     BYTES(DpiFilterRecord, data),
     FIELD(DpiFilterRecord, mask),
+    BYTES(DpiFilterRecord, reserved_20),
 };
 
 constexpr Field kPacketFilter[] = {
@@ -87,7 +92,8 @@ constexpr Field kPacketFilter[] = {
     FIELD(PacketFilterRecord, src_port),     FIELD(PacketFilterRecord, mac_masks),
     FIELD(PacketFilterRecord, dst_ip_mask),  FIELD(PacketFilterRecord, src_ip_mask),
     FIELD(PacketFilterRecord, port_masks),   FIELD(PacketFilterRecord, vlan_id),
-    FIELD(PacketFilterRecord, vlan_mask),
+    FIELD(PacketFilterRecord, vlan_mask),    FIELD(PacketFilterRecord, reserved_65),
+    BYTES(PacketFilterRecord, reserved_70),
 };
 
 constexpr Field kPacketTypeFilter[] = {
@@ -116,7 +122,7 @@ constexpr Field kCounter[] = {
     FIELD(CounterV2Config, size),    FIELD(CounterV2Config, size_mode),
     BYTES(CounterV2Config, address), BYTES(CounterV2Config, mask),
     FIELD(CounterV2Config, porta),   FIELD(CounterV2Config, portb),
-    FIELD(CounterV2Config, mode),
+    FIELD(CounterV2Config, mode),    FIELD(CounterV2Config, reserved_24),
 };
 
 constexpr Field kCounters[] = {
@@ -134,7 +140,8 @@ constexpr Field kPoe[] = {
     FLOAT(PoeMeasures, supply_voltage),
 };
 
-constexpr Field kLinkEntry[] = {FIELD(LinkEntry, speed), FIELD(LinkEntry, duplex)};
+constexpr Field kLinkEntry[] = {FIELD(LinkEntry, speed), FIELD(LinkEntry, duplex),
+                                FIELD(LinkEntry, reserved_0)};
 
 constexpr Field kQuantities[] = {
     FLOAT(SfpQuantities, temperature), FLOAT(SfpQuantities, voltage),
@@ -161,6 +168,7 @@ constexpr Field kSfp[] = {
     QUANTITIES(low_alarm),           QUANTITIES(low_warning),
     QUANTITIES(high_alarm),          QUANTITIES(high_warning),
     FIELD(SfpInfo, flags),           FIELD(SfpInfo, mode),
+    BYTES(SfpInfo, reserved_144),
 };
 
 constexpr Field kPhy[] = {BYTES(PhyStatus, slots)};
@@ -177,6 +185,9 @@ constexpr Field kLinkStatus[] = {
     FIELD(LinkStatusRecord, phy_count),
     {"phys", offsetof(LinkStatusRecord, phys), sizeof(PhyStatus), FieldKind::kGroup, kPhy,
      CORVANE_PORTS},
+    BYTES(LinkStatusRecord, reserved_1),
+    BYTES(LinkStatusRecord, reserved_33),
+    BYTES(LinkStatusRecord, reserved_1105),
 };
 
 constexpr Field kTimingStatus[] = {
@@ -185,6 +196,43 @@ constexpr Field kTimingStatus[] = {
     FIELD(TimingStatusRecord, satellites_glonass), FIELD(TimingStatusRecord, gps_pps),
     FIELD(TimingStatusRecord, external_pps),       FIELD(TimingStatusRecord, synchronized),
     FLOAT(TimingStatusRecord, pps_deviation),      FIELD(TimingStatusRecord, timestamp_source),
+    FIELD(TimingStatusRecord, rtc_hour),           FIELD(TimingStatusRecord, rtc_minute),
+    FIELD(TimingStatusRecord, rtc_second),         FIELD(TimingStatusRecord, rtc_year),
+    FIELD(TimingStatusRecord, rtc_month),          FIELD(TimingStatusRecord, rtc_day),
+    BYTES(TimingStatusRecord, reserved_40),        BYTES(TimingStatusRecord, reserved_72),
+};
+
+constexpr Field kPortStatistics[] = {
+    FIELD(PortStatistics, less_than_64),   FIELD(PortStatistics, from_64_to_1518),
+    FIELD(PortStatistics, more_than_1518), FIELD(PortStatistics, collisions),
+    FIELD(PortStatistics, crc_errors),     FIELD(PortStatistics, jabbers),
+    FIELD(PortStatistics, total_bytes),    FIELD(PortStatistics, reserved_56),
+    FIELD(PortStatistics, valid_packets),  FIELD(PortStatistics, invalid_packets),
+    FIELD(PortStatistics, hw_dropped),
+};
+
+constexpr Field kCount[] = {{"count", 0, sizeof(uint64_t), FieldKind::kInteger}};
+
+// Of the counters those of the version are valid: they share their place.
+constexpr Field kStatistics[] = {
+    FIELD(StatisticsRecord, version),
+    BYTES(StatisticsRecord, reserved_4),
+    FIELD(StatisticsRecord, timestamp),
+    FIELD(StatisticsRecord, sw_dropped),
+    NAMED("link_up_ms", StatisticsRecord, counters.v1.link_up_ms),
+    NAMED("link_down_ms", StatisticsRecord, counters.v1.link_down_ms),
+    {"ports", offsetof(StatisticsRecord, counters.v1.ports), sizeof(PortStatistics),
+     FieldKind::kGroup, kPortStatistics, CORVANE_PORTS},
+    {"counters", offsetof(StatisticsRecord, counters), sizeof(uint64_t), FieldKind::kGroup, kCount,
+     CORVANE_COUNTERS_V2},
+};
+
+constexpr Field kDiskDump[] = {
+    FIELD(DiskDumpStatus, enabled),       BYTES(DiskDumpStatus, reserved_1),
+    FIELD(DiskDumpStatus, cache_used),    FIELD(DiskDumpStatus, bytes_written),
+    FIELD(DiskDumpStatus, bytes_dropped), FIELD(DiskDumpStatus, error),
+    BYTES(DiskDumpStatus, reserved_36),   FIELD(DiskDumpStatus, max_cache),
+    FIELD(DiskDumpStatus, files_written),
 };
 
 constexpr RecordLayout kLayouts[] = {
@@ -198,9 +246,8 @@ constexpr RecordLayout kLayouts[] = {
     {"poe_measures", sizeof(PoeMeasures), kPoe},
     {"timing_status", sizeof(TimingStatusRecord), kTimingStatus},
     {"surroundings", sizeof(Surroundings), kSurroundings},
-    // These move on their own: the file can give them as a whole only.
-    {"statistics", sizeof(StatisticsRecord), {}},
-    {"disk_dump_status", sizeof(DiskDumpStatus), {}},
+    {"statistics", sizeof(StatisticsRecord), kStatistics},
+    {"disk_dump_status", sizeof(DiskDumpStatus), kDiskDump},
 };
 
 }  // namespace

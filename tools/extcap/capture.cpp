@@ -171,8 +171,8 @@ void Drain(const Running& run) {
 
 int Report(End end, int library_status, const Relay& relay) {
   if (relay.files_passed_over() > 0) {
-    FailWith(kSuccess, "the viewer was too slow, files lost: " +
-                           std::to_string(relay.files_passed_over()));
+    FailWith(kSuccess,
+             "the viewer was too slow, files lost: " + std::to_string(relay.files_passed_over()));
   }
   if (end == End::kNoStatus) return FailWith(library_status, "cannot get status");
   if (end == End::kError) return FailWith(kRejected, "the capture ended with an error");

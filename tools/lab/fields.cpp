@@ -26,26 +26,12 @@ constexpr Field kFirmwares[] = {
     NUMBER(HwFirmwaresDesc, count),
     {"names", offsetof(HwFirmwaresDesc, names), CORVANE_HW_FIRMWARE_NAME_SIZE, FieldKind::kGroup,
      kName, CORVANE_HW_FIRMWARES}};
-constexpr Field kCount[] = {{"count", 0, 8, FieldKind::kInteger}};
-constexpr Field kStatistics[] = {NUMBER(StatisticsRecord, version),
-                                 NUMBER(StatisticsRecord, timestamp),
-                                 NUMBER(StatisticsRecord, sw_dropped),
-                                 {"counters", offsetof(StatisticsRecord, counters), 8,
-                                  FieldKind::kGroup, kCount, (CORVANE_STATISTICS_SIZE - 24) / 8}};
-constexpr Field kDump[] = {
-    NUMBER(DiskDumpStatus, enabled),       NUMBER(DiskDumpStatus, cache_used),
-    NUMBER(DiskDumpStatus, bytes_written), NUMBER(DiskDumpStatus, bytes_dropped),
-    NUMBER(DiskDumpStatus, error),         NUMBER(DiskDumpStatus, max_cache),
-    NUMBER(DiskDumpStatus, files_written)};
 
 struct OwnFields {
   const char* reading;
   std::span<const Field> fields;
 };
-constexpr OwnFields kOwn[] = {{"versions", kVersions},
-                              {"hw_firmwares", kFirmwares},
-                              {"statistics", kStatistics},
-                              {"disk_dump_status", kDump}};
+constexpr OwnFields kOwn[] = {{"versions", kVersions}, {"hw_firmwares", kFirmwares}};
 
 // The values of a record's fields; an empty name is all others. The first row that fits counts.
 struct Range {
@@ -100,6 +86,7 @@ constexpr Range kRanges[] = {
 void AddPlaces(std::span<const Field> fields, const std::string& prefix, size_t base,
                std::vector<Place>& places) {
   for (const Field& field : fields) {
+    if (std::string_view(field.name).starts_with("reserved_")) continue;
     if (field.kind != FieldKind::kGroup) {
       places.push_back({prefix + field.name, field, base + field.offset});
       continue;
