@@ -30,6 +30,9 @@ install_packages() {
     "${missing[@]}"
 }
 
+# How many tests run at once: most of them wait.
+test_jobs() { echo $(($(nproc) * 2)); }
+
 # build PRESET [OPTION...]: configures and builds one preset of CMakePresets.json, with the options
 # of cmake --build.
 build() {
