@@ -15,62 +15,23 @@ seconds=${2:-30}
 rate=${3:-100000}
 frames=$((seconds * rate))
 out=$root/build/benchmarks/extcap
-bin=$root/build/release/bin
+source "$root/benchmarks/veth.sh"
+width=44
 device=00:1a:2b:3c:4d:01
-name=corvane-bench-$$
 children=()
-
-die() {
-  echo "extcap.sh: $*" >&2
-  exit 1
-}
 
 clean_up() {
   kill "${children[@]}" 2>/dev/null || true
   "$bin/corvane" directcapture stop >/dev/null 2>&1 || true
-  ip netns del "$name" 2>/dev/null || true
+  remove_veth
 }
 
 prepare() {
-  {
-    install_packages build measure
-    build release
-  } >&2
-  rm -rf "$out"
+  prepare_veth
   mkdir -p "$out/wireshark/extcap"
-  cc -std=gnu11 -O2 -Wall -Wextra -o "$out/send_frames" "$root/benchmarks/send_frames.c"
   ln -s "$bin/corvane-extcap" "$out/wireshark/extcap/"
-  export XDG_CONFIG_HOME=$out CORVANE_SIM_CONFIG=$out/sim.toml CORVANE_SIM_STATE=$out/state
-  cat >"$out/sim.toml" <<TOML
-[[device]]
-type = 11
-mac = "$device"
-capabilities = ["Basic", "Dual ports", "Statistics V2", "PcapNG"]
-[device.port_a]
-source = "interface"
-interface = "receiver"
-TOML
+  export XDG_CONFIG_HOME=$out
   "$bin/corvane" features set --timestamps off >/dev/null # the frames have the times of this machine
-}
-
-make_veth() {
-  ip netns add "$name" || die "cannot make a network namespace"
-  # Otherwise the kernel sends frames of its own.
-  in_namespace sh -c 'echo 1 >/proc/sys/net/ipv6/conf/default/disable_ipv6'
-  ip -n "$name" link add sender type veth peer name receiver
-  ip -n "$name" link set sender up
-  ip -n "$name" link set receiver up
-}
-
-in_namespace() { ip netns exec "$name" "$@"; }
-send() { in_namespace "$out/send_frames" sender "$1" "$2" >/dev/null || die "sending failed"; }
-cpu_ns() { cat "/proc/$1/task/"*/schedstat | awk '{ sum += $1 } END { printf "%.0f\n", sum }'; }
-count() { capinfos -Mc "$1" | awk '/^Number of packets/ { print $NF }'; }
-
-row() { # measure, figure, goal
-  local verdict
-  verdict=$(awk -v figure="$2" -v goal="$3" 'BEGIN { print figure <= goal ? "OK" : "MISSED" }')
-  printf '%-44s %9s %7s  %s\n' "$1" "$2" "$3" "$verdict"
 }
 
 child_of() { # PID NAME: waits until it is there
@@ -171,16 +132,13 @@ run_dumpcap() {
   rm "$out/dumpcap.pcapng"
 }
 
-median() { sort -n | awk '{ value[NR] = $1 } END { print value[int((NR + 1) / 2)] }'; }
-
-prepare
 trap clean_up EXIT
-make_veth
+prepare
 latency
 for ((i = 0; i < rounds; ++i)); do
   echo "$(run_extcap) $(run_dumpcap)" | tee -a "$out/rounds" >&2
 done
-printf '%-44s %9s %7s\n' "measure ($frames frames, $rate/s)" figure goal
+printf "%-${width}s %9s %7s\n" "measure ($frames frames, $rate/s)" figure goal
 row 'age of a frame at 1000/s, median, ms' "$(percentile 0.5)" 250
 row 'age of a frame at 1000/s, 99th percentile, ms' "$(percentile 0.99)" 500
 row 'frames missing, most in a round' "$(cut -d' ' -f3 "$out/rounds" | sort -n | tail -1)" 0
