@@ -63,7 +63,7 @@ slow=$!
 until_running 1
 sleep 3
 most=$(du -sk tmp/corvane* | cut -f1)
-[ "$most" -gt 1000 ] && [ "$most" -lt 2200 ] || fail "$most kB are on the disk"
+[[ $most -gt 1000 && $most -lt 2200 ]] || fail "$most kB are on the disk"
 sleep 2
 kill $slow
 wait $slow || fail 'a slow viewer'
