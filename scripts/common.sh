@@ -30,8 +30,8 @@ install_packages() {
     "${missing[@]}"
 }
 
-# How many tests run at once: most of them wait.
-test_jobs() { echo $(($(nproc) * 2)); }
+# How many tests run at once: most of them wait now and then.
+test_jobs() { echo $(($(nproc) + 1)); }
 
 # build PRESET [OPTION...]: configures and builds one preset of CMakePresets.json, with the options
 # of cmake --build.
