@@ -67,7 +67,8 @@ endif()
 
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane
   FILES_MATCHING PATTERN *.md PATTERN wireshark.md EXCLUDE)
-install(DIRECTORY contrib/ansible contrib/systemd DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane/examples
+install(DIRECTORY contrib/ansible contrib/prometheus contrib/systemd
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/corvane/examples
   PATTERN __pycache__ EXCLUDE)
 
 # What Debian wants in each package.

@@ -14,12 +14,10 @@ import sys
 import tempfile
 
 BUILD, SOURCE = sys.argv[1:3]
-PAGES = [f"{BUILD}/corvane.1", f"{SOURCE}/docs/corvane-config.1",
-         f"{SOURCE}/docs/corvane-extcap.1", f"{SOURCE}/docs/corvane-lab.1",
-         f"{SOURCE}/docs/corvane-report.1", f"{SOURCE}/docs/corvane-sim.1", f"{SOURCE}/docs/corvane-simulator.5"]
+PAGES = [f"{BUILD}/corvane.1"] + sorted(glob.glob(f"{SOURCE}/docs/*.[15]"))
 README = f"{SOURCE}/README.md"
 OWN = re.compile(r"outdated mandoc.db lacks |referenced manual not found: "
-                 r"Xr (corvane(-config|-extcap|-lab|-sim|-simulator|-report)?|wireshark|tshark|extcap) \d")
+                 r"Xr (corvane(-config|-extcap|-lab|-metrics|-report|-sim|-simulator)?|wireshark|tshark|extcap) \d")
 MARK = "=-= next =-=\n"
 failures = []
 

@@ -43,7 +43,7 @@ for package in "${packages[@]}"; do
   dpkg-deb -x "$package" "$root"
 done
 (cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-config,-lab,-report,-sim} doc/corvane/performance.md* \
-  doc/corvane/{report,simulator}.md.gz doc/corvane/examples/ansible/site.yml doc/corvane-wireshark/wireshark{.md,-list.png,-frames.png}) >/dev/null
+  doc/corvane/{report,simulator}.md.gz doc/corvane/examples/{ansible/site,prometheus/corvane.rules}.yml doc/corvane-wireshark/wireshark{.md,-list.png,-frames.png}) >/dev/null
 day=$(sed -n 's/^## [0-9.]* - //p' "$source/CHANGELOG.md" | head -1)
 zcat "$root/usr/share/doc/corvane/changelog.gz" |
   grep -q "  $(date -u -R -d "@${SOURCE_DATE_EPOCH:-$(date -u -d "$day" +%s)}")\$" ||
@@ -84,6 +84,7 @@ if [ "$(id -u)" -eq 0 ] && chroot / true 2>/dev/null; then
   got=$(in_root corvane-sim corvane list) || fail "$got"
   [[ $(in_root corvane-sim --help) == usage:* ]] || fail 'corvane-sim does not explain itself'
   shown=$(in_root corvane-sim corvane-config show) || fail "$shown"
+  [[ $(in_root corvane-metrics --help) == usage:* ]] || fail 'corvane-metrics does not explain itself'
   [[ $(in_root corvane-sim corvane-extcap --extcap-interfaces) == *value=00:1a:2b:3c:4d:03* ]] ||
     fail 'corvane-extcap lists no devices'
   ! in_root corvane list >/dev/null || fail 'corvane finds the simulator without being told'
