@@ -17,7 +17,7 @@ BUILD, SOURCE = sys.argv[1:3]
 PAGES = [f"{BUILD}/corvane.1"] + sorted(glob.glob(f"{SOURCE}/docs/*.[15]"))
 README = f"{SOURCE}/README.md"
 OWN = re.compile(r"outdated mandoc.db lacks |referenced manual not found: "
-                 r"Xr (corvane(-config|-extcap|-lab|-metrics|-report|-sim|-simulator)?|wireshark|tshark|extcap) \d")
+                 r"Xr (corvane(-capture|-config|-extcap|-lab|-metrics|-report|-sim|-simulator)?|wireshark|tshark|extcap) \d")
 MARK = "=-= next =-=\n"
 failures = []
 

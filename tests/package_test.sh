@@ -84,7 +84,7 @@ if [ "$(id -u)" -eq 0 ] && chroot / true 2>/dev/null; then
   got=$(in_root corvane-sim corvane list) || fail "$got"
   [[ $(in_root corvane-sim --help) == usage:* ]] || fail 'corvane-sim does not explain itself'
   shown=$(in_root corvane-sim corvane-config show) || fail "$shown"
-  [[ $(in_root corvane-metrics --help) == usage:* ]] || fail 'corvane-metrics does not explain itself'
+  [[ $(in_root corvane-metrics --help) == usage:* && $(in_root corvane-capture --help) == usage:* ]] || fail 'the scripts'
   [[ $(in_root corvane-sim corvane-extcap --extcap-interfaces) == *value=00:1a:2b:3c:4d:03* ]] ||
     fail 'corvane-extcap lists no devices'
   ! in_root corvane list >/dev/null || fail 'corvane finds the simulator without being told'
