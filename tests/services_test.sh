@@ -19,7 +19,7 @@ for unit in "$units"/*.service "$units"/*.timer; do
   [[ $unit == *.timer ]] || cp "$units/closed-library.conf" "units/${unit##*/}.d"
 done
 device=00:1a:2b:3c:4d:01
-printf '[Unit]\nWants=%s\n' "corvane-metrics.timer corvane-capture@$device.service corvane-apply@1-2.service" >units/all.target
+printf '[Unit]\nWants=%s\n' "corvane-metrics.timer corvane-capture@$device.service corvane-nmea@$device.service corvane-apply@1-2.service" >units/all.target
 SYSTEMD_UNIT_PATH=$work/units: systemd-analyze verify --man=no all.target >seen 2>&1 || fail 'the units'
 grep "$work" seen && fail 'the units'
 for unit in "$units"/*.service; do
