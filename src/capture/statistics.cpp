@@ -16,24 +16,6 @@ namespace {
 
 constexpr int kDefaultDelayMs = 1000;
 
-struct PortRow {
-  const char* label;
-  uint64_t PortStatistics::*counter;
-};
-
-constexpr PortRow kPortRows[] = {
-    {"Less than 64bytes", &PortStatistics::less_than_64},
-    {"Between 64 and 1518 bytes", &PortStatistics::from_64_to_1518},
-    {"More than 1518 bytes", &PortStatistics::more_than_1518},
-    {"Collisions", &PortStatistics::collisions},
-    {"CRC Errors", &PortStatistics::crc_errors},
-    {"Jabbers", &PortStatistics::jabbers},
-    {"Total Bytes", &PortStatistics::total_bytes},
-    {"Total valid packets", &PortStatistics::valid_packets},
-    {"Total invalid packets", &PortStatistics::invalid_packets},
-    {"HW dropped", &PortStatistics::hw_dropped},
-};
-
 void PrintVersion1(const StatisticsRecord& statistics) {
   const auto& v1 = statistics.counters.v1;
   printf("%-25s : %20" PRIu64 "\n", "Timestamp", statistics.timestamp);
@@ -42,7 +24,7 @@ void PrintVersion1(const StatisticsRecord& statistics) {
   printf("%-25s : %20" PRIu64 " ms\n", "Link Down", v1.link_down_ms);
   for (int port = 0; port < CORVANE_PORTS; ++port) {
     printf("Port %c\n", 'A' + port);
-    for (const PortRow& row : kPortRows) {
+    for (const PortCounterRow& row : kPortCounters) {
       printf("\t%-25s : %20" PRIu64 "\n", row.label, v1.ports[port].*row.counter);
     }
   }

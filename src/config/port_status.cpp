@@ -12,59 +12,6 @@ namespace corvane {
 
 namespace {
 
-// By slot; null for the two slots that are not flags.
-constexpr const char* kPhyFlags[CORVANE_PHY_SLOTS] = {
-    nullptr,
-    "Link Partner Auto-Neg Capable",
-    "Link Partner Next Page Capable",
-    "Next Page Request",
-    "Acknowledge",
-    "Advertise 1000BASET_FDX",
-    "Advertise 1000BASET_HDX",
-    "Advertise 100BASETX_FDX",
-    "Advertise 100BASETX_HDX",
-    "Advertise 10BASET_FDX",
-    "Advertise 10BASET_HDX",
-    "Advertise Asymmetric Pause",
-    "Advertise Symmetric Pause",
-    "Parallel Detection Fault",
-    "Remote Fault",
-    "Master Slave Fault",
-    "Local Receiver",
-    "Remote Receiver",
-    nullptr,
-    "100BASETX Lock Error",
-    "100BASETX Receive Error",
-    "100BASETX Transmit Error",
-    "100BASETX SSD Error",
-    "100BASETX ESD Error",
-    "1000BASET Lock Error",
-    "1000BASET Receive Error",
-    "1000BASET Transmit Error",
-    "1000BASET SSD Error",
-    "1000BASET ESD Error",
-    "1000BASET Carrier Extension Error",
-    "MDI Crossover Error",
-};
-
-const char* LinkName(const LinkEntry& link) {
-  const bool full_duplex = link.duplex == 0;
-  switch (link.speed) {
-    case 0:
-      return full_duplex ? "10Mbps_FDX" : "10Mbps_HDX";
-    case 1:
-      return full_duplex ? "100Mbps_FDX" : "100Mbps_HDX";
-    case 2:
-      return full_duplex ? "1Gbps_FDX" : "1Gbps_HDX";
-    case 3:
-      return full_duplex ? "10Gbps_FDX" : "10Gbps_HDX";
-    case 5:
-      return "Down";
-    default:
-      return "N/A";
-  }
-}
-
 // The word for a value of 0 or 1.
 const char* Word(uint32_t value, const char* zero, const char* one) {
   if (value > 1) return "N/A";
@@ -83,6 +30,24 @@ void PrintPort(int port, const LinkEntry& link, const PhyStatus& phy) {
 }
 
 }  // namespace
+
+const char* LinkName(const LinkEntry& link) {
+  const bool full_duplex = link.duplex == 0;
+  switch (link.speed) {
+    case 0:
+      return full_duplex ? "10Mbps_FDX" : "10Mbps_HDX";
+    case 1:
+      return full_duplex ? "100Mbps_FDX" : "100Mbps_HDX";
+    case 2:
+      return full_duplex ? "1Gbps_FDX" : "1Gbps_HDX";
+    case 3:
+      return full_duplex ? "10Gbps_FDX" : "10Gbps_HDX";
+    case 5:
+      return "Down";
+    default:
+      return "N/A";
+  }
+}
 
 int PortStatus(const CommandNode& leaf) {
   const Session session(DeviceText(leaf));

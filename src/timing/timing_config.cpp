@@ -17,9 +17,6 @@ namespace {
 constexpr double kNsPerStep = 0.23283064365386963;  // 10^9 / 2^32: what ppscomp counts
 constexpr int kMostSteps = 215;
 
-constexpr const char* kTimestampSources[] = {"System clock",     "RTC", "GPS", "Not initialized",
-                                             "Manual timestamp", "SNTP"};
-
 // The compensation in steps, truncated toward zero; false when it is out of range.
 bool SetCompensation(double nanoseconds, FeaturesRecord& features) {
   const double steps = -(nanoseconds / kNsPerStep);

@@ -36,6 +36,10 @@ inline constexpr SwitchRow<FeaturesRecord> kTimingSwitches[] = {
      &FeaturesRecord::ppsoutput},
 };
 
+// By the code of the source in use.
+inline constexpr const char* kTimestampSources[] = {
+    "System clock", "RTC", "GPS", "Not initialized", "Manual timestamp", "SNTP"};
+
 // In ns.
 std::optional<Value> ShowCompensation(const FeaturesRecord& features);
 std::string StoreCompensation(const Value& value, const DeviceKind& device,
