@@ -1,71 +1,14 @@
 #!/usr/bin/env python3
 # contradictions_test.py BIN [SECONDS [SEED]]: random simulated devices, random commands and events;
 # whatever they are, the reports of a device do not contradict each other.
-import json
-import os
 import random
-import subprocess
 import sys
-import tempfile
-import time
 
-BIN, SECONDS = sys.argv[1], float((sys.argv + ["3"])[2])
+from tools.random_devices import CAPABILITIES, counts, live, report
+
+SECONDS = float((sys.argv + ["3"])[2])
 SEED = int(sys.argv[3]) if len(sys.argv) > 3 else random.randrange(2**32)
-RANDOM = random.Random(SEED)
-CAPABILITIES = {"two": 0x2, "span": 0x4, "gps": 0x8, "poe": 0x20, "sfp": 0x40, "v1": 0x100,
-                "control": 0x400, "loopback": 0x800, "phy": 0x2000, "hw": 0x40000, "ntp": 0x100000,
-                "autoneg": 0x1000000}
-SPEEDS = ["1000txfd", "100txfd", "100txhd", "10txfd", "10txhd"]
 BITS = {"Down": 0, "10Mbps": 1e7, "100Mbps": 1e8, "1Gbps": 1e9}
-folder = tempfile.TemporaryDirectory()
-os.environ.update(PATH=f"{BIN}:{os.environ['PATH']}", CORVANE_SIM_CONFIG=folder.name + "/sim.toml")
-
-
-def some(*words):
-    return RANDOM.choice(words)
-
-
-def run(*command):
-    return subprocess.run(command, capture_output=True, text=True, timeout=60).stdout
-
-
-def report(*command):
-    """An empty one when the device does not support it."""
-    shown = subprocess.run(["corvane-report"], input=run("corvane", *command), capture_output=True,
-                           text=True)
-    assert shown.returncode in (0, 3), shown
-    return json.loads(shown.stdout)
-
-
-def partner():
-    switches = SPEEDS + ["autoneg", "prefmaster", "forcerole"]
-    return "{" + ", ".join(f"{each} = {some(0, 1)}" for each in switches if some(0, 0, 1)) + "}"
-
-
-def event():
-    port = some("a", "b")
-    quantity = some("temperature = 90", "temperature = 20", "rx_power = 0.01", "rx_power = 0.5",
-                    "voltage = 3.0")
-    number = RANDOM.randrange(12)
-    return some(f"cable_{port} = {some(0, 1)}", f"module_{port} = {some(0, 1)}",
-                f"partner_{port} = {partner()}", f"gps_fix = {some(0, 1, 2)}",
-                f"satellites_used = {number}", f"satellites_gps = {number}",
-                f"external_pps = {some(0, 1)}", f"gps_module = {some(0, 1, 2)}",
-                f"link_status = {{sfps = [{{measured = {{{quantity}}}}}]}}",
-                f"poe_measures = {{pairs = [{{current = {number / 10}}}]}}")
-
-
-def command():
-    switch = some("on", "off")
-    return some(["features", "set", f"--{some('disablea', 'disableb', 'inline', 'loopback')}", switch],
-                ["features", "set", "--syncts", switch, "--autonega", switch],
-                ["features", "set", "--firmware_mode", some("1G", "10G")],
-                ["portcontrol", "set", "--portselection", some("a", "b"), f"--{some(*SPEEDS)}", switch,
-                 "--autonegotiation", switch, "--prefermaster", some("on", "off")],
-                ["timing", "config", "--tssource", some("gps", "system", "none"), "--forcepps", switch,
-                 "--waitforsync", switch, "--ppsoutput", some("on", "off")],
-                ["timing", some("setmanual", "setsystem", "setgps")],
-                ["features", "save"], ["reset"])
 
 
 def check_links(mask, features, links, modules, statistics, later):
@@ -137,26 +80,5 @@ def check(mask):
         check_power(report("poe", "show"))
 
 
-end = time.time() + SECONDS
-steps = devices = 0
-try:
-    while time.time() < end:
-        devices += 1
-        mask = 0x101 | sum(bit for bit in CAPABILITIES.values() if some(0, 1, 1))
-        os.environ["CORVANE_SIM_STATE"] = f"{folder.name}/{devices}"
-        history = [f"mask {mask:#x}"]
-        with open(os.environ["CORVANE_SIM_CONFIG"], "w", encoding="ascii") as file:
-            file.write(f'time_scale = {some(1, 60)}\n[[device]]\nmac = "00:1a:2b:3c:4d:5e"\ntype = 3\n'
-                       f'capabilities = {mask}\nhw_firmwares = ["10G", "1G"]\n'
-                       f"traffic = {{rate = {some(1000, 1000000)}}}\n[device.surroundings]\n"
-                       f"partner_a = {partner()}\npartner_b = {partner()}\n")
-        check(mask)
-        for _ in range(8):
-            steps += 1
-            history.append(["corvane-sim", "event", event()] if some(0, 1) else ["corvane"] + command())
-            run(*history[-1])
-            check(mask)
-except AssertionError:
-    print(f"seed {SEED}:", *history, open(os.environ["CORVANE_SIM_CONFIG"]).read(), sep="\n")
-    raise
-print(f"{devices} devices, {steps} commands and events, no contradiction (seed {SEED})")
+live(sys.argv[1], SECONDS, SEED, check)
+print("%(devices)d devices, %(steps)d commands and events, no contradiction" % counts, f"(seed {SEED})")
