@@ -43,7 +43,8 @@ for package in "${packages[@]}"; do
   dpkg-deb -x "$package" "$root"
 done
 (cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-config,-lab,-report,-sim} doc/corvane/performance.md* \
-  doc/corvane/{report,simulator}.md.gz doc/corvane/examples/{ansible/site,prometheus/corvane.rules}.yml doc/corvane-wireshark/wireshark{.md,-list.png,-frames.png}) >/dev/null
+  doc/corvane/{report,simulator}.md.gz corvane/schema/{features-show,messages,line}.json \
+  doc/corvane/examples/{ansible/site,prometheus/corvane.rules}.yml doc/corvane-wireshark/wireshark{.md,-list.png,-frames.png}) >/dev/null
 day=$(sed -n 's/^## [0-9.]* - //p' "$source/CHANGELOG.md" | head -1)
 zcat "$root/usr/share/doc/corvane/changelog.gz" |
   grep -q "  $(date -u -R -d "@${SOURCE_DATE_EPOCH:-$(date -u -d "$day" +%s)}")\$" ||

@@ -53,7 +53,7 @@ TEST(ReportText, IsReadLineByLine) {
     const auto& [options, text] = parts[i];
     Result result = Convert(simulation, text, options);
     EXPECT_EQ(std::to_string(result.status), parts[i + 1].first) << text;
-    if (options == "--lines") result.out.replace(result.out.find(':') + 2, 24, "now");
+    if (options == "--lines") result.out.replace(result.out.find("time") + 7, 24, "now");
     EXPECT_EQ(result.out + result.err, parts[i + 1].second) << text;
   }
   const std::pair<const char*, const char*> refused[] = {
@@ -93,12 +93,12 @@ TEST(ReportText, AReportOfAnEndlessCommandIsHandedOverAtItsLastLine) {
 TEST(ReportText, OverlongAndBinaryInputIsNamedAndSkipped) {
   const Simulation simulation("");
   const Result result = Convert(simulation, "x : " + std::string(8'000'000, 'a') + "\ny : 1\n");
-  EXPECT_EQ(result.out, "{\n  \"y\": 1\n}\n");
+  EXPECT_EQ(result.out, "{\n  \"format\": 1,\n  \"y\": 1\n}\n");
   EXPECT_TRUE(result.err.starts_with("corvane-report: line 1 is too long: x : aaa"));
   EXPECT_LT(result.err.size(), 200U);
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(Convert(simulation, std::string("Vendor name: a\0\xff\x01z\n", 18)).out,
-            "{\n  \"vendor_name\": \"a\\u0000\xEF\xBF\xBD\\u0001z\"\n}\n");
+            "{\n  \"format\": 1,\n  \"vendor_name\": \"a\\u0000\xEF\xBF\xBD\\u0001z\"\n}\n");
 }
 
 }  // namespace

@@ -6,6 +6,9 @@
 
 namespace report {
 
+// The member of every object that no report may have.
+inline constexpr const char* kFormatKey = "format";
+
 enum class LineKind {
   kValues,   // sets its values in the current object
   kReport,   // the same, and begins a new report

@@ -2,6 +2,8 @@
 
 #include <ctime>
 
+#include "lines.h"
+
 namespace report {
 
 namespace {
@@ -44,11 +46,13 @@ void Flatten(const std::string& path, const Json& value, Json& flat) {
 }  // namespace
 
 std::string ToJson(const Json& report) {
-  return Dump(report, 2) + "\n";
+  Json object = {{kFormatKey, kFormatVersion}};
+  object.update(report);
+  return Dump(object, 2) + "\n";
 }
 
 std::string ToLine(const Json& report, const std::string& time) {
-  Json flat = {{"time", time}};
+  Json flat = {{kFormatKey, kFormatVersion}, {"time", time}};
   Flatten("", report, flat);
   return Dump(flat, -1) + "\n";
 }

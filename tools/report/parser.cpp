@@ -71,8 +71,10 @@ const MessageKeys& KeysOf(MessageKind kind) {
   return kMessageKeys[static_cast<size_t>(kind)];
 }
 
-bool IsMessageList(std::string_view key) {
-  return std::ranges::any_of(kMessageKeys, [key](const auto& keys) { return key == keys.list; });
+// No line of a report can set such a member.
+bool IsReserved(std::string_view key) {
+  return key == kFormatKey ||
+         std::ranges::any_of(kMessageKeys, [key](const auto& keys) { return key == keys.list; });
 }
 
 }  // namespace
@@ -209,7 +211,7 @@ const char* ReportParser::OpenTitle(size_t depth, const std::string& key) {
 // When a member of the report itself comes again, the next report begins; a deeper one is an error.
 bool ReportParser::MakeRoom(size_t depth, const Path& path) {
   const bool top = path.parent_pointer().empty();
-  if (top && IsMessageList(path.back())) return false;
+  if (top && IsReserved(path.back())) return false;
   if (!report_.contains(path)) return true;
   if (depth == 0 && top) Finish();
   return depth == 0 && top;
