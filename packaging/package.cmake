@@ -83,10 +83,18 @@ foreach(component corvane simulator wireshark)
   set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   install(FILES packaging/copyright ${changelog} COMPONENT ${component}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package})
+  get_property(maps GLOBAL PROPERTY CORVANE_MAPS_${component})
+  list(JOIN maps "\" \"" maps)
   install(CODE "
     if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\" AND NOT \"\$ENV{DESTDIR}\" STREQUAL \"\")
       execute_process(COMMAND \"${CMAKE_SOURCE_DIR}/packaging/finish.sh\" \"\$ENV{DESTDIR}\"
         COMMAND_ERROR_IS_FATAL ANY)
+      include(\"${CPACK_PROJECT_CONFIG_FILE}\")
+      set(spdx \"\$ENV{DESTDIR}/usr/share/doc/${package}/${package}.spdx.json\")
+      execute_process(COMMAND \"${CMAKE_SOURCE_DIR}/packaging/spdx.py\" \"${CMAKE_BINARY_DIR}\"
+        \"${CMAKE_MAKE_PROGRAM}\" ${package} ${PROJECT_VERSION} \"${maps}\" COMMAND_ERROR_IS_FATAL ANY
+        OUTPUT_FILE \"\${spdx}\")
+      file(CHMOD \"\${spdx}\" PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
     endif()" COMPONENT ${component})
 endforeach()
 

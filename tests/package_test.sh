@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # package_test.sh BUILD: builds the Debian packages from the build folder twice, compares them, checks
-# them with lintian, installs them into an empty root and runs the utility there on the simulator.
+# them with lintian and what they say is linked in, compiles a part of the sources elsewhere and compares
+# that, installs the packages into an empty root and runs the utility there on the simulator.
 set -euo pipefail
 build=$1
 source=$(cd "$(dirname "$0")/.." && pwd)
@@ -22,7 +23,22 @@ for package in "${packages[@]}"; do
   cmp "$package" "$folder/second/${package##*/}" || fail 'the second time is another package'
 done
 
-# Only what is released has Debian's flags.
+day=$(sed -n 's/^## [0-9.]* - //p' "$source/CHANGELOG.md" | head -1)
+seconds=${SOURCE_DATE_EPOCH:-$(date -u -d "$day" +%s)}
+
+# Compiles in another folder what takes half a minute, and compares every object.
+compare_elsewhere() {
+  local copy="$folder/another folder/$RANDOM" object objects
+  mkdir -p "$copy"
+  tar -C "$source" -c --exclude=./build --exclude=./.git . | tar -x -C "$copy"
+  cd "$copy" && cmake --preset release -DCMAKE_{C,CXX}_COMPILER_LAUNCHER= && cd build/release
+  mapfile -t objects < <(ninja -t targets all | sed -n 's/: CX*_COMPILER.*//p' |
+    grep -vE 'simulator_objects|tools/(config|report|schema|words)/|corvane-lab\.dir')
+  [ ${#objects[@]} -gt 30 ] && ninja "${objects[@]}" || return
+  for object in "${objects[@]}"; do cmp "$object" "$build/$object" || return; done
+}
+
+# Only what is released has Debian's flags, and is the same wherever it was built.
 tags=()
 if grep -qx 'CMAKE_BUILD_TYPE:STRING=Release' "$build/CMakeCache.txt"; then
   tags=(--display-info)
@@ -31,6 +47,11 @@ if grep -qx 'CMAKE_BUILD_TYPE:STRING=Release' "$build/CMakeCache.txt"; then
     lacking=$(grep '"command"' "$build/compile_commands.json" | grep -cv -e " $flag ") || continue
     fail "$lacking files are compiled without $flag"
   done
+  "$source/tests/tools/check_spdx.py" "$build" "$seconds" "${packages[@]}"
+  (compare_elsewhere) >"$folder/log" 2>&1 || fail "built elsewhere: $(tail -20 "$folder/log")"
+  for package in "${packages[@]}"; do dpkg-deb -x "$package" "$folder/unpacked"; done
+  named=$(find "$folder/unpacked" -type f -exec zgrep -laF -e "$source" -e "$build" {} +) &&
+    fail "the path of the sources or of the build is in $named"
 fi
 found=$(lintian --allow-root --fail-on none "${tags[@]}" "${packages[@]}" 2>&1) ||
   fail "lintian: $found"
@@ -45,10 +66,8 @@ done
 (cd "$root/usr/share" && ls zsh/vendor-completions/_corvane{,-config,-lab,-report,-sim} doc/corvane/performance.md* \
   doc/corvane/{report,simulator}.md.gz corvane/schema/{features-show,messages,line}.json \
   doc/corvane/examples/{ansible/site,prometheus/corvane.rules}.yml doc/corvane-wireshark/wireshark{.md,-list.png,-frames.png}) >/dev/null
-day=$(sed -n 's/^## [0-9.]* - //p' "$source/CHANGELOG.md" | head -1)
 zcat "$root/usr/share/doc/corvane/changelog.gz" |
-  grep -q "  $(date -u -R -d "@${SOURCE_DATE_EPOCH:-$(date -u -d "$day" +%s)}")\$" ||
-  fail "the changes are not of $day"
+  grep -q "  $(date -u -R -d "@$seconds")\$" || fail "the changes are not of $day"
 expected='Found 3 corvanes
 0 : 11 Corvane-M7 00:1a:2b:3c:4d:01
 1 : 16 Corvane-M3 00:1a:2b:3c:4d:02
