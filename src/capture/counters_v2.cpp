@@ -208,7 +208,7 @@ std::optional<Value> Show(const CounterAddress& row, const CounterV2Config& coun
 std::string Store(const CounterAddress& row, const Value& value, const DeviceKind&,
                   CounterV2Config& counter) {
   const std::string family = row.version == kIpv4 ? "ipv4" : "ipv6";
-  if (counter.*row.condition == CORVANE_IGNORE) return family + " beside its address";
+  if (counter.*row.condition == CORVANE_IGNORE) return family + " = true or false beside it";
   if (HasAddress(counter)) return "one address, not both";
   const auto* text = std::get_if<std::string>(&value);
   const bool is_ipv4 = text != nullptr && text->find('.') != std::string::npos;

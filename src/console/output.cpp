@@ -32,6 +32,12 @@ void PrepareOutput() {
   if (isatty(STDOUT_FILENO) == 0) setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
 }
 
+FILE* PartAnswers() {
+  const int answers = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  return fdopen(answers, "w");
+}
+
 bool FlushOutput() {
   if (fflush(stdout) != 0 && failure == 0) failure = errno;
   return failure == 0 && ferror(stdout) == 0;

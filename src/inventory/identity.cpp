@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "console/status.h"
+#include "device/mac_text.h"
 #include "device/model.h"
 
 namespace corvane {
@@ -26,7 +27,7 @@ void PrintModelAndMac(DeviceHandle device) {
     puts("MAC error");
     return;
   }
-  printf("%02x:%02x:%02x:%02x:%02x:%02x\n", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
+  puts(MacText(mac).c_str());
 }
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -18,6 +19,7 @@
 #include "capture/wide_string.h"
 #include "console/report.h"
 #include "console/status.h"
+#include "device/mac_text.h"
 #include "device/selection.h"
 #include "device/session.h"
 #include "folder.h"
@@ -67,9 +69,16 @@ bool TakeSignal(int signals) {
   return read(signals, &taken, sizeof taken) > 0;
 }
 
-// While it waits for a reader, nothing is to be undone yet: signals end the process.
+// Waits for a reader; nothing is to be undone yet then, and signals end the process. -1 with errno,
+// ESPIPE when the file is something else: nobody would notice its end.
 int OpenPipe(const std::string& path) {
   const int pipe = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  struct stat facts;
+  if (pipe >= 0 && (fstat(pipe, &facts) != 0 || !S_ISFIFO(facts.st_mode))) {
+    close(pipe);
+    errno = ESPIPE;
+    return -1;
+  }
   if (pipe >= 0) fcntl(pipe, F_SETFL, O_NONBLOCK);
   return pipe;
 }
@@ -79,13 +88,9 @@ int OpenViewer() {
   return static_cast<int>(syscall(SYS_pidfd_open, getppid(), 0));
 }
 
-std::string MacText(DeviceHandle device) {
+std::string NameOf(DeviceHandle device) {
   uint8_t mac[CORVANE_MAC_SIZE] = {};
-  if (CorvaneAPIGetDeviceMAC(device, mac) != kSuccess) return "";
-  char text[sizeof "00:00:00:00:00:00"];
-  snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
-           mac[4], mac[5]);
-  return text;
+  return CorvaneAPIGetDeviceMAC(device, mac) == kSuccess ? MacText(mac) : "";
 }
 
 void StopLeftover(const std::string& mac) {
@@ -186,7 +191,7 @@ int Run(const CaptureWish& wish, DeviceHandle device, int pipe) {
   const File viewer = {OpenViewer()};
   CaptureFolder folder;
   std::string reason;
-  if (!folder.Make(MacText(device), reason)) return FailWith(kRejected, reason);
+  if (!folder.Make(NameOf(device), reason)) return FailWith(kRejected, reason);
   if (mbstowcs(nullptr, folder.path().c_str(), 0) == static_cast<size_t>(-1)) {
     return FailWith(kRejected, folder.path() + ": not UTF-8");
   }
@@ -209,7 +214,10 @@ int Run(const CaptureWish& wish, DeviceHandle device, int pipe) {
 
 int Capture(const CaptureWish& wish) {
   const File pipe = {OpenPipe(wish.fifo)};
-  if (pipe.descriptor < 0) return FailWith(kRejected, wish.fifo + ": " + strerror(errno));
+  if (pipe.descriptor < 0) {
+    const char* reason = errno == ESPIPE ? "is no named pipe" : strerror(errno);
+    return FailWith(kRejected, wish.fifo + ": " + reason);
+  }
   if (!wish.filter.empty()) return Fail(kBadValue, kNoFilter);
   const Session session;
   const DeviceHandle device = ResolveDevice(wish.device.c_str());

@@ -1,6 +1,5 @@
 // corvane-extcap: the devices as interfaces of Wireshark, which starts it for every question and
 // for every capture (extcap(4)).
-#include <fcntl.h>
 #include <getopt.h>
 #include <unistd.h>
 
@@ -16,6 +15,7 @@
 #include "console/report.h"
 #include "console/status.h"
 #include "device/device_list.h"
+#include "device/mac_text.h"
 #include "device/model.h"
 #include "device/session.h"
 
@@ -48,8 +48,7 @@ constexpr const char* kSettings =
     "arg {number=1}{call=--maxcache}{display=Cache (MB)}{tooltip=What may wait in memory to "
     "be written to the files}{type=unsigned}{range=0,65536}{default=100}\n"
     "arg {number=2}{call=--fullframes}{display=Full frames}{tooltip=Capture frames in full, "
-    "whatever "
-    "the slicing}{type=boolflag}{default=false}\n";
+    "whatever the slicing}{type=boolflag}{default=false}\n";
 
 enum class Word {
   kNone,
@@ -153,15 +152,6 @@ bool ReadOptions(int argc, char** argv, Options& options) {
   return !options.wish.fifo.empty() || Complain("--capture needs --fifo");
 }
 
-// Gives standard output to what is printed from now on, which only people read: it goes where
-// standard error goes. Returns standard output for the answers,
-// null when it cannot be written.
-FILE* PartAnswers() {
-  const int answers = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  dup2(STDERR_FILENO, STDOUT_FILENO);
-  return fdopen(answers, "w");
-}
-
 // A device without a name to ask for it is left out.
 void ListDevice(DeviceHandle device, FILE* answers) {
   int32_t type_code = 0;
@@ -169,8 +159,8 @@ void ListDevice(DeviceHandle device, FILE* answers) {
   if (CorvaneAPIGetDeviceMAC(device, mac) != kSuccess) return;
   const bool typed = CorvaneAPIGetDeviceType(device, &type_code) == kSuccess;
   const char* model = typed ? ModelName(type_code) : nullptr;
-  fprintf(answers, "interface {value=%02x:%02x:%02x:%02x:%02x:%02x}{display=%s}\n", mac[0], mac[1],
-          mac[2], mac[3], mac[4], mac[5], model != nullptr ? model : "Corvane");
+  fprintf(answers, "interface {value=%s}{display=%s}\n", MacText(mac).c_str(),
+          model != nullptr ? model : "Corvane");
 }
 
 int ListInterfaces(FILE* answers) {
