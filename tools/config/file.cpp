@@ -115,7 +115,7 @@ void ReadSections(const toml::table& table, const std::string& prefix, std::vect
     } else if (node.is_table()) {
       ReadSections(*node.as_table(), name + ".", wishes, mistakes);
     } else {
-      Add(mistakes, key, name, Expected(parts, ": no table of sections"));
+      Add(mistakes, key, name, Expected(parts, ": no table"));
     }
   }
 }
@@ -159,9 +159,16 @@ void ReadTables(const toml::table& root, std::vector<DeviceWishes>& devices, Mis
       for (const auto& [name, each] : *table) ReadDevice(name, each, false, devices, mistakes);
     } else {
       Add(mistakes, key, std::string(key.str()),
-          ": expected [device.MAC], [device.INDEX] or [default]");
+          ": expected [device.\"MAC\"], [device.INDEX] or [default]");
     }
   }
+}
+
+const char* HintFor(const std::string& problem) {
+  const auto names = [&](const char* part) { return problem.find(part) != std::string::npos; };
+  if (names("saw ':'")) return " (a MAC address has quotes: [device.\"00:1a:2b:3c:4d:01\"])";
+  return names("header") || names("utf-8") ? ""
+                                           : " (values are true, false, numbers and \"texts\")";
 }
 
 struct CloseFile {
@@ -192,9 +199,8 @@ std::vector<DeviceWishes> ReadFile(const std::string& path, Mistakes& mistakes) 
   }
   const toml::parse_result root = toml::parse(*text);
   if (!root) {
-    mistakes.push_back(
-        {LineOf(root.error().source()), std::string(root.error().description()) +
-                                            " (values are true, false, numbers and \"texts\")"});
+    const std::string problem(root.error().description());
+    mistakes.push_back({LineOf(root.error().source()), problem + HintFor(problem)});
     return devices;
   }
   ReadTables(root.table(), devices, mistakes);

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "apply.h"
+#include "console/output.h"
 #include "device/corvane_api_layout.h"  // for its assertions
 #include "guard.h"
 #include "output.h"
@@ -52,6 +53,7 @@ struct Options {
   std::string device;
   std::string given;  // letters of the options
   int seconds = 60;
+  FILE* out = nullptr;
 
   bool Has(char letter) const { return given.find(letter) != std::string::npos; }
 };
@@ -154,12 +156,12 @@ int Show(const Options& options) {
   for (Device& device : selected) {
     if (ShowDevice(device, shown.emplace_back()) != kDone) return kTrouble;
   }
-  fputs((options.Has('j') ? ToJson(shown) : ToToml(shown)).c_str(), stdout);
+  fputs((options.Has('j') ? ToJson(shown) : ToToml(shown)).c_str(), options.out);
   return kDone;
 }
 
-int Example(const Options& /*options*/) {
-  fputs(ExampleFile().c_str(), stdout);
+int Example(const Options& options) {
+  fputs(ExampleFile().c_str(), options.out);
   return kDone;
 }
 
@@ -189,7 +191,10 @@ int Prepare(const Options& options, const std::vector<DeviceWishes>& file, const
   Mistakes mistakes;
   plans = AssignWishes(file, selected, selected.size() < devices.size(), mistakes);
   if (!mistakes.empty()) return FailMistakes(options, mistakes);
-  if (plans.empty()) return Fail(options.file + " says nothing of " + text);
+  if (plans.empty()) {
+    return Fail((options.file == "-" ? "standard input" : options.file) + " has nothing for " +
+                (options.Has('d') ? "device " + text : "any attached device"));
+  }
   return MakePlans(options, plans);
 }
 
@@ -202,14 +207,14 @@ int Diff(const Options& options) {
   if (Prepare(options, file, library, plans) != kDone) return kTrouble;
   const std::string text = DifferencesAsText(plans);
   if (!options.Has('q')) {
-    fputs((options.Has('j') ? DifferencesAsJson(plans) : text).c_str(), stdout);
+    fputs((options.Has('j') ? DifferencesAsJson(plans) : text).c_str(), options.out);
   }
   return text.empty() ? kDone : kDifferent;
 }
 
 void Say(const Options& options, const std::string& text) {
-  if (!options.Has('q')) puts(text.c_str());
-  fflush(stdout);
+  if (!options.Has('q')) fprintf(options.out, "%s\n", text.c_str());
+  fflush(options.out);
 }
 
 // What `apply` and `try` have done so far.
@@ -277,7 +282,7 @@ int Apply(const Options& options) {
   Work work;
   if (Prepare(options, file, library, work.plans) != kDone) return kTrouble;
   if (options.Has('n')) {
-    if (!options.Has('q')) fputs(DifferencesAsText(work.plans).c_str(), stdout);
+    if (!options.Has('q')) fputs(DifferencesAsText(work.plans).c_str(), options.out);
     return kDone;
   }
   std::vector<std::string> names;
@@ -293,7 +298,7 @@ int Apply(const Options& options) {
 
 // When it is wrong, says why and returns false.
 bool ReadOptions(int argc, char** argv, Options& options) {
-  for (int letter; (letter = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+  for (int letter; (letter = getopt_long(argc, argv, "d:", kOptions, nullptr)) != -1;) {
     if (letter == '?') return false;
     options.given += static_cast<char>(letter);
     if (letter == 'd') options.device = optarg;
@@ -333,7 +338,7 @@ std::string WhatIsWrong(const Command& command, const Options& options) {
 
 int Run(const Options& options) {
   if (options.Has('h') || options.Has('V')) {
-    fputs(options.Has('h') ? kUsage : "corvane-config " CORVANE_VERSION "\n", stdout);
+    fputs(options.Has('h') ? kUsage : "corvane-config " CORVANE_VERSION "\n", options.out);
     return kDone;
   }
   const auto* command = std::ranges::find(kCommands, options.command, &Command::name);
@@ -350,13 +355,16 @@ int Run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  corvane::PrepareOutput();
   signal(SIGPIPE, SIG_IGN);  // a reader that went away must not end a write half way
   Options options;
   if (!ReadOptions(argc, argv, options)) {
     fputs("Try 'corvane-config --help'.\n", stderr);
     return kTrouble;
   }
-  const int status = Run(options);
-  if (fflush(stdout) == 0 && ferror(stdout) == 0) return status;
+  options.out = corvane::PartAnswers();
+  const int status = options.out == nullptr ? kTrouble : Run(options);
+  const bool lost = options.out == nullptr || ferror(options.out) != 0;
+  if (!lost && fclose(options.out) == 0) return status;
   return Fail(std::string("cannot write to standard output: ") + strerror(errno));
 }

@@ -92,7 +92,9 @@ std::string ToToml(const std::vector<Shown>& devices) {
   std::ostringstream text;
   text << toml::toml_formatter(
               toml::table{{"device", std::move(table)}},
-              toml::toml_formatter::default_flags & ~toml::format_flags::indentation)
+              (toml::toml_formatter::default_flags & ~toml::format_flags::indentation &
+               ~toml::format_flags::allow_literal_strings) |
+                  toml::format_flags::relaxed_float_precision)
        << "\n";
   return text.str();
 }

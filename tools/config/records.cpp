@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "device/device_list.h"
+#include "device/mac_text.h"
 
 namespace config {
 
@@ -94,10 +95,7 @@ std::vector<Device> FindDevices() {
     uint8_t mac[CORVANE_MAC_SIZE] = {};
     const int32_t status = CorvaneAPIGetDeviceMAC(node->handle, mac);
     if (Called(device, "CorvaneAPIGetDeviceMAC", status).empty()) {
-      char text[18];
-      snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
-               mac[4], mac[5]);
-      device.name = text;
+      device.name = corvane::MacText(mac);
     }
     devices.push_back(device);
   }
