@@ -188,6 +188,11 @@ TEST(Lab, CopiesWithoutNames) {
   WriteFile(device.folder() + "/calls", "CorvaneAPIGetVersion status=0\nCorvane nonsense\n");
   EXPECT_EQ(Lab(device, "copy --from calls").err,
             "corvane-lab: calls:2: this is no line of a journal of calls\n");
+  WriteFile(device.folder() + "/calls",
+            "CorvaneAPIGetDeviceFeatures device=00:1a:2b:3c:4d:5e status=-9\n");
+  const std::string copy = Lab(device, "copy --from calls").out;
+  EXPECT_NE(copy.find("# capabilities: "), std::string::npos) << copy;
+  EXPECT_EQ(copy.find("0x0"), std::string::npos) << copy;
 }
 
 TEST(Lab, FindsNothingAgainstTheSimulator) {
@@ -213,7 +218,12 @@ TEST(Lab, PutsEverythingBackAfterAnInterrupt) {
     const Simulation simulation(
         OneDevice(kAll) + "[[fault]]\nfunction = 'CorvaneAPISetDeviceFeatures'\ndelay_ms = 100\n");
     const std::string shown = Shell(simulation, CORVANE_CONFIG " show").out;
-    const Result result = Lab(simulation, "check --write", "timeout -s " + signal + " 2.3 ");
+    const Result result =
+        Shell(simulation, CORVANE_LAB
+                              " check --write & "
+                              "until grep -q SetDeviceFeatures journal; do sleep 0.05; "
+                              "done; sleep 0.3; kill -" +
+                              signal + " $!; wait $!");
     EXPECT_NE(result.out.find("interrupted\n"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("as they were: everything\n"), std::string::npos) << result.out;
     EXPECT_GT(simulation.CallsOf("CorvaneAPISetDeviceFeatures"), 2);
@@ -221,7 +231,27 @@ TEST(Lab, PutsEverythingBackAfterAnInterrupt) {
   }
 }
 
+// Who reads the lines has gone, and a library hangs: what was changed is put back all the same.
+TEST(Lab, PutsEverythingBackWithoutAReader) {
+  const Simulation simulation(OneDevice(kAll) +
+                              "[[fault]]\nfunction = 'CorvaneAPISetDeviceFeatures'\nfrom = "
+                              "3\ntimes = 1\ndelay_ms = 9000\n");
+  const std::string shown = Shell(simulation, CORVANE_CONFIG " show").out;
+  Shell(simulation, CORVANE_LAB " check --write | head -n 12");
+  EXPECT_GT(simulation.CallsOf("CorvaneAPISetDeviceFeatures"), 2);
+  EXPECT_EQ(Shell(simulation, CORVANE_CONFIG " show").out, shown);
+}
+
 #ifdef CORVANE_WRONG_LIBRARY
+TEST(Lab, RecordsALibraryThatCallsItself) {
+  const Simulation simulation(OneDevice(kAll));
+  const Result result =
+      Lab(simulation, "record -o calls -- timeout 5 " CORVANE_EXECUTABLE " features show",
+          "LD_LIBRARY_PATH=" CORVANE_WRONG_LIBRARY " CORVANE_WRONG='calls itself' ");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(ReadFile(simulation.folder() + "/calls").find("GetDeviceType"), std::string::npos);
+}
+
 TEST(Lab, FindsEveryFault) {
   constexpr std::pair<const char*, const char*> kFaults[] = {{"longer", "size"},
                                                              {"earlier", "size"},

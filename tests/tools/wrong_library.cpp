@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 
 #include "device/corvane_api_functions.h"
@@ -118,6 +119,10 @@ struct Other<Result(In...)> {
     }
     if constexpr (std::is_same_v<Result(In...), decltype(CorvaneApiDeviceListFree)>)
       list_is_gone = true;
+    if constexpr (std::is_same_v<Result(In...), decltype(CorvaneAPIGetDeviceMAC)>) {
+      int32_t type = 0;
+      if (Is("calls itself")) CorvaneAPIGetDeviceType(std::get<0>(std::tie(in...)), &type);
+    }
     if constexpr (std::is_void_v<Result>) {
       Next<Result(In...)>(name)(in...);
     } else if constexpr (sizeof...(In) == 4) {  // the GPS output

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 
@@ -86,6 +87,17 @@ std::string GetOf(std::string function, Words& words, const Bytes& bytes) {
   return function;
 }
 
+constexpr size_t kMacLength = 17;
+
+bool IsMac(const std::string& text) {
+  unsigned b[CORVANE_MAC_SIZE];
+  char rest = 0;
+  return text.size() == kMacLength &&
+         text.find_first_not_of("0123456789abcdef:") == std::string::npos &&
+         sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%c", &b[0], &b[1], &b[2], &b[3], &b[4], &b[5],
+                &rest) == CORVANE_MAC_SIZE;
+}
+
 bool ReadCall(const std::string& line, Source& source) {
   const size_t blank = line.find(' ');
   Words words;
@@ -98,7 +110,8 @@ bool ReadCall(const std::string& line, Source& source) {
   if (function == kVersion && answer.bytes.size() == sizeof(uint32_t)) {
     memcpy(&source.library_version.emplace(), answer.bytes.data(), sizeof(uint32_t));
   }
-  if (words["device"].size() != 17) return true;  // of no device, or of one that is not known
+  if (words["device"].size() != kMacLength) return true;  // none, or one that is not known
+  if (!IsMac(words["device"])) return false;
   const std::string get = GetOf(function, words, answer.bytes);
   const bool is_set = get != function;
   std::optional<uint32_t> index;

@@ -492,9 +492,10 @@ Outcome SetsTheClock(Subject& subject) {
   LIBRARY(CorvaneAPIGetTimingStatus)(subject.device.handle, &after);
   const int64_t off = RtcSeconds(after) - kTime;
   const std::string harm = RestoreClock(subject);
-  if (harm.empty()) clock.changed = false;
+  const bool is_set = off >= 0 && off <= 2;
+  if (harm.empty() || (status != CORVANE_OK && !is_set)) clock.changed = false;
   if (status != CORVANE_OK) return {Verdict::kDiffers, "status " + std::to_string(status)};
-  return {harm.empty() && off >= 0 && off <= 2 ? Verdict::kOk : Verdict::kDiffers,
+  return {harm.empty() && is_set ? Verdict::kOk : Verdict::kDiffers,
           harm + "the clock is " + std::to_string(off) + " s off"};
 }
 

@@ -19,6 +19,8 @@ constexpr int kTrouble = 2;
 constexpr useconds_t kPollUs = 2'000;
 constexpr int kPatienceMs = 3000;  // for one call of the library
 
+constexpr int kEndings[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
 volatile sig_atomic_t interrupted = 0;
 Shared* shared = nullptr;
 
@@ -38,7 +40,7 @@ void CountCall(const char* function, bool found) {
 
 // The word of the library's standard output is not ours to print.
 void BecomeChild() {
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, SIG_IGN);
+  for (const int number : kEndings) signal(number, SIG_IGN);
   dup2(STDERR_FILENO, STDOUT_FILENO);
   SetBeforeCall(CountCall);
 }
@@ -164,7 +166,8 @@ bool Restore(const Subject& subject) {
 void CatchSignals() {
   struct sigaction action = {};
   action.sa_handler = [](int) { interrupted = 1; };
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaction(number, &action, nullptr);
+  for (const int number : kEndings) sigaction(number, &action, nullptr);
+  signal(SIGPIPE, SIG_IGN);  // who reads the lines may go away; what was changed is put back
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "device/capabilities.h"
+#include "device/mac_text.h"
 #include "fields.h"
 
 namespace lab {
@@ -135,6 +136,12 @@ class Writer {
     if (type != nullptr && type->bytes.size() == sizeof code) {
       memcpy(&code, type->bytes.data(), sizeof code);
       text_ += "type = " + std::to_string(code) + "\n";
+    } else {
+      text_ += "# type: CorvaneAPIGetDeviceType was not seen\n";
+    }
+    if (Find("CorvaneAPIGetDeviceCapabilitiesEx") == nullptr) {
+      text_ += "# capabilities: CorvaneAPIGetDeviceCapabilitiesEx was not seen\n";
+      return;
     }
     char mask[16];
     snprintf(mask, sizeof mask, "0x%x", capabilities_);
@@ -208,7 +215,7 @@ void Anonymize(Source& source) {
     uint8_t mac[CORVANE_MAC_SIZE];
     std::copy(std::begin(bytes), std::end(bytes), mac);
     aliases.Replace(mac, sizeof mac, false, kLocalMac);
-    answers.device = MacText(mac);
+    answers.device = corvane::MacText(mac);
     for (const Reading& reading : AllReadings()) {
       for (uint32_t index = 0; index < reading.count; ++index) {
         const auto indexed = reading.count == 1 ? std::nullopt : std::optional(index);

@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "device/corvane_api_layout.h"  // for its assertions
+#include "device/mac_text.h"
 
 namespace lab {
 
@@ -94,13 +95,6 @@ std::span<const Reading> AllReadings() {
   return kReadings;
 }
 
-std::string MacText(const uint8_t* mac) {
-  char text[18];
-  snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
-           mac[4], mac[5]);
-  return text;
-}
-
 // The list stays: its handles are in use to the end.
 std::vector<Device> FindDevices() {
   std::vector<Device> devices;
@@ -115,7 +109,7 @@ std::vector<Device> FindDevices() {
     Device device = {node->handle, "device " + std::to_string(devices.size())};
     uint8_t mac[CORVANE_MAC_SIZE] = {};
     if (LIBRARY(CorvaneAPIGetDeviceMAC)(node->handle, mac) == CORVANE_OK)
-      device.name = MacText(mac);
+      device.name = corvane::MacText(mac);
     devices.push_back(device);
   }
   return devices;

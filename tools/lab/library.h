@@ -58,6 +58,4 @@ std::vector<Device> FindDevices();
 // Those of them that the text means, which is "all", an index or a MAC address.
 std::vector<Device> SelectDevices(const std::vector<Device>& devices, const std::string& text);
 
-std::string MacText(const uint8_t* mac);
-
 }  // namespace lab

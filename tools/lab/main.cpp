@@ -13,6 +13,7 @@
 #include <string>
 
 #include "check.h"
+#include "console/output.h"
 #include "copy.h"
 
 using namespace lab;
@@ -61,6 +62,10 @@ constexpr option kOptions[] = {
 int Fail(const std::string& text) {
   fprintf(stderr, "corvane-lab: %s\n", text.c_str());
   return kTrouble;
+}
+
+int FailOutput() {
+  return Fail(std::string("cannot write to standard output: ") + strerror(errno));
 }
 
 int FailUsage(const std::string& text) {
@@ -134,18 +139,23 @@ int ReadRecording(const Options& options, Source& source) {
 }
 
 int Copy(const Options& options) {
+  corvane::PrepareOutput();
+  FILE* const out = corvane::PartAnswers();
+  if (out == nullptr) return FailOutput();
   Source source;
   const int status =
       options.Has('f') ? ReadRecording(options, source) : AskDevices(options, source);
   if (status != kDone) return status;
   if (options.Has('a')) Anonymize(source);
-  fputs(ToToml(source).c_str(), stdout);
-  return kDone;
+  fputs(ToToml(source).c_str(), out);
+  if (ferror(out) == 0 && fclose(out) == 0) return kDone;
+  return FailOutput();
 }
 
 // ---- check
 
 int CheckLibrary(const Options& options) {
+  corvane::PrepareOutput();
   const std::string failure = LoadLibrary();
   if (!failure.empty()) return Fail("the device library cannot be loaded: " + failure);
   return Check(options.Has('d') ? options.device : "0", options.Has('w'));
@@ -161,7 +171,7 @@ constexpr Command kCommands[] = {
 
 bool ReadOptions(int argc, char** argv, Options& options) {
   // Only in front of a command's words are the options ours.
-  for (int letter; (letter = getopt_long(argc, argv, "+o:", kOptions, nullptr)) != -1;) {
+  for (int letter; (letter = getopt_long(argc, argv, "+o:d:", kOptions, nullptr)) != -1;) {
     if (letter == '?') return false;
     options.given += static_cast<char>(letter);
     if (letter == 'o') options.output = optarg;
@@ -186,7 +196,7 @@ int Run(const Options& options) {
     return FailUsage(std::string("--") + found->name + " does not go with " + command->name);
   }
   if (command->run != Record && *options.words != nullptr)
-    return FailUsage(std::string("an argument too much: ") + *options.words);
+    return FailUsage(std::string("too many arguments: ") + *options.words);
   return command->run(options);
 }
 
@@ -205,6 +215,5 @@ int main(int argc, char** argv) {
     return kTrouble;
   }
   const int status = Run(options);
-  if (fflush(stdout) == 0 && ferror(stdout) == 0) return status;
-  return Fail(std::string("cannot write to standard output: ") + strerror(errno));
+  return fflush(stdout) == 0 && ferror(stdout) == 0 ? status : FailOutput();
 }

@@ -16,6 +16,7 @@
 #include <type_traits>
 
 #include "device/corvane_api_functions.h"
+#include "device/mac_text.h"
 #include "journal/journal.h"
 #include "journal/wide_text.h"
 
@@ -35,6 +36,18 @@ Function* Next(const char* name) {
   return reinterpret_cast<Function*>(found);
 }
 
+// True while this thread is in the library. What the library calls of itself comes through here
+// too: it goes on without a line, for it is not the program's call, and would wait for this
+// thread's lock.
+thread_local bool inside = false;
+
+struct Inside {
+  Inside() { inside = true; }
+  ~Inside() { inside = false; }
+  Inside(const Inside&) = delete;
+  Inside& operator=(const Inside&) = delete;
+};
+
 // ---- Which device it is
 
 std::mutex mutex;
@@ -52,11 +65,9 @@ std::string NameOf(DeviceHandle device) {
   if (known != KnownNames().end()) return known->second;
   uint8_t mac[CORVANE_MAC_SIZE] = {};
   const auto get = Next<decltype(CorvaneAPIGetDeviceMAC)>("CorvaneAPIGetDeviceMAC");
+  const Inside library;
   if (get(device, mac) != CORVANE_OK) return "none";
-  char text[18];
-  snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
-           mac[4], mac[5]);
-  return KnownNames()[device] = text;
+  return KnownNames()[device] = corvane::MacText(mac);
 }
 
 // After these calls the same handles may be those of other devices.
@@ -166,23 +177,29 @@ struct Call<Result(In...)> {
   const char* names;
 
   Result operator()(In... in) {
+    const auto next = Next<Result(In...)>(function);
+    if (inside) return next(in...);
     Line line = {function};
     const int error_before = errno;
     EachName([&](const std::string& name, const auto& each) { AddIn(line, name, each); }, in...);
     if (Ends(function)) ForgetNames();
     errno = error_before;
-    const auto next = Next<Result(In...)>(function);
     if constexpr (std::is_void_v<Result>) {
-      next(in...);
+      Ask(next, in...);
       Finish(line, int32_t{CORVANE_OK}, in...);
     } else {
-      const Result result = next(in...);
+      const Result result = Ask(next, in...);
       Finish(line, result, in...);
       return result;
     }
   }
 
  private:
+  static Result Ask(Result (*next)(In...), In... in) {
+    const Inside library;
+    return next(in...);
+  }
+
   void Finish(Line& line, auto result, In... in) {
     const int error = errno;
     const int32_t status = StatusOf(line, result);
