@@ -4,7 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 #include "configuration/tables.h"
 
@@ -82,13 +82,13 @@ std::optional<Configuration> ReadConfiguration(std::string_view text, const std:
 std::optional<Configuration> ReadConfigurationFile(const std::string& path,
                                                    ConfigurationError& error) {
   std::ifstream file(path);
-  std::stringstream text;
-  text << file.rdbuf();
-  if (!file || !text) {
+  const bool is_open = file.is_open();
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (!is_open || file.bad()) {
     error = {0, "cannot be read"};
     return std::nullopt;
   }
-  return ReadConfiguration(text.str(), path, error);
+  return ReadConfiguration(text, path, error);
 }
 
 }  // namespace simulator

@@ -1,4 +1,6 @@
 // The [[device]] tables.
+#include <strings.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -117,6 +119,17 @@ bool ReadRecords(const toml::table& table, DeviceConfiguration& device, Configur
 }
 
 }  // namespace
+
+bool FindDevice(Where node, const Configuration& configuration, std::optional<std::string>& device,
+                ConfigurationError& error) {
+  if (!device) return true;
+  for (const DeviceConfiguration& each : configuration.devices) {
+    if (strcasecmp(each.name.c_str(), device->c_str()) != 0) continue;
+    device = each.name;
+    return true;
+  }
+  return RefuseValue(*node.as_table()->get("device"), "no [[device]] has this mac", error);
+}
 
 bool ReadMac(Where node, DeviceConfiguration& device, ConfigurationError& error) {
   std::string text;

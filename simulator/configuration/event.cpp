@@ -29,14 +29,17 @@ bool ReadSet(Where node, Event& event, ConfigurationError& error) {
   for (const auto& [key, value] : *table) {
     bool is_field = false;
     const RecordLayout* layout = FindRecord(key.str(), is_field);
-    if (layout == nullptr || value.is_string()) {
+    if (layout == nullptr || (!is_field && value.is_string())) {
       return RefuseValue(value, "no event can set \"" + std::string(key.str()) + "\"", error);
     }
     toml::table fields;
     if (is_field) fields.insert(key.str(), value);
     if (!is_field && value.is_table()) fields = *value.as_table();
     Bytes record = FactoryRecord(layout->name, 0);
-    if (!ReadRecord(*layout, is_field ? fields : value, record, error)) return false;
+    if (!ReadRecord(*layout, is_field ? fields : value, record, error)) {
+      error.line = static_cast<uint32_t>(value.source().begin.line);  // the copied node has none
+      return false;
+    }
     event.changes.push_back({layout->name, [layout, fields](Bytes& bytes) {
                                ConfigurationError none;
                                ReadRecord(*layout, fields, bytes, none);
@@ -57,6 +60,7 @@ bool AddEvent(Where node, Configuration& configuration, ConfigurationError& erro
   Event event;
   if (!ReadTable(node, "event wants [[event]] tables", kEventKeys, event, error)) return false;
   if (event.changes.empty()) return RefuseValue(node, "an event needs something to set", error);
+  if (!FindDevice(node, configuration, event.device, error)) return false;
   configuration.events.push_back(std::move(event));
   return true;
 }
@@ -66,7 +70,8 @@ std::optional<Event> ReadEvent(std::string_view text, ConfigurationError& error)
   const toml::parse_result parsed = toml::parse(text);
   if (!parsed) error.reason = parsed.error().description();
   if (!parsed || !ReadSet(parsed.table(), event, error)) return std::nullopt;
-  return event;
+  if (event.changes.empty()) error.reason = "an event needs something to set";
+  return event.changes.empty() ? std::nullopt : std::optional(event);
 }
 
 }  // namespace simulator

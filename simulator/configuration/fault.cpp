@@ -54,6 +54,7 @@ bool AddFault(Where node, Configuration& configuration, ConfigurationError& erro
   Fault fault;
   if (!ReadTable(node, "fault wants [[fault]] tables", kFaultKeys, fault, error)) return false;
   if (IsNonsense(node, fault, error)) return false;
+  if (!FindDevice(node, configuration, fault.device, error)) return false;
   if (fault.away) fault.status = CORVANE_DEVICE_NOT_FOUND;
   configuration.faults.push_back(std::move(fault));
   return true;

@@ -15,6 +15,11 @@ bool AddFault(Where node, Configuration& configuration, ConfigurationError& erro
 // A MAC address as text: the device's address and name.
 bool ReadMac(Where node, DeviceConfiguration& device, ConfigurationError& error);
 
+// Spells the device that the table is for, if there is one, as its [[device]] is named. False, with
+// the error filled, when there is none of that name.
+bool FindDevice(Where node, const Configuration& configuration, std::optional<std::string>& device,
+                ConfigurationError& error);
+
 // [device.gps], where the antenna stands, and gps_output, what every read of its output gives.
 bool ReadGps(Where node, DeviceConfiguration& device, ConfigurationError& error);
 bool ReadGpsOutput(Where node, DeviceConfiguration& device, ConfigurationError& error);

@@ -1,6 +1,7 @@
 #include "library/library.h"
 
 #include <fcntl.h>
+#include <strings.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -57,12 +58,13 @@ bool ApplyNamedEvent() {
   bool found = false;
   size_t index = 0;
   const bool ok = ForDevices(true, [&](Call& call) {
-    if (device != std::to_string(index++) && device != call.device.name) return;
+    const bool is_named = strcasecmp(device.c_str(), call.device.name.c_str()) == 0;
+    if (device != std::to_string(index++) && !is_named) return;
     found = true;
     ApplyEvent(call, *event, HostMs());
   });
-  if (!found) return Complain("event: there is no device " + device);
-  return ok || Complain(TheLibrary().state.failure());
+  if (!ok) return Complain(TheLibrary().state.failure());
+  return found || Complain("event: there is no device " + device);
 }
 
 bool StartDevices() {

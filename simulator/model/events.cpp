@@ -29,13 +29,14 @@ void ApplyDueEvents(const Configuration& configuration, DeviceState& state, int6
     return done < events.size() && first_use_ms + events[done].at_ms <= HostMs();
   };
   if (!is_due() || !state.Begin(true)) return;
+  const uint64_t known = done;
   done = 0;
   ReadFact(state, kAllDevices, kDone, done);
   for (; is_due(); ++done) {
     ApplyToDevices(configuration, state, events[done], first_use_ms + events[done].at_ms);
   }
   state.SetFact(kAllDevices, kDone, BytesOf(done));
-  state.Commit();
+  if (!state.Commit()) done = known;
 }
 
 // They are stored like what a restart keeps. A clock that has lost its source runs on.
