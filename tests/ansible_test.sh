@@ -65,6 +65,9 @@ settings >settled
 grep -qxF 'basle PPS compensation : -9.55 ns' settled || fail 'compensation drifted'
 
 # What the device cannot do, and what there is not, is refused before anything is written.
+printf '#!/bin/sh\ncat >/dev/null\necho other: no such command >&2\nexit 2\n' >other
+chmod +x other
+PATH=$WORK:$PATH
 while IFS='|' read -r wish reason; do
   ! playbook --limit basle -e "$wish" || fail "accepted $wish"
   grep -q "$reason" log || fail "not the reason: $reason"
@@ -74,5 +77,5 @@ done <<'WISHES'
 {"corvane_device": "9"}|device 9: no such device
 {"corvane_features": {"slicing": 64, "autonega": true}}|autonega = true: the device lacks
 {"corvane_timing": {"ppscomp": "fast"}}|expected nanoseconds
-{"corvane_config_command": "ls"}|ls: unrecognized
+{"corvane_config_command": "other"}|other: no such command
 WISHES
