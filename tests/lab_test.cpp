@@ -219,11 +219,10 @@ TEST(Lab, PutsEverythingBackAfterAnInterrupt) {
         OneDevice(kAll) + "[[fault]]\nfunction = 'CorvaneAPISetDeviceFeatures'\ndelay_ms = 100\n");
     const std::string shown = Shell(simulation, CORVANE_CONFIG " show").out;
     const Result result =
-        Shell(simulation, CORVANE_LAB
-                              " check --write & "
-                              "until grep -q SetDeviceFeatures journal; do sleep 0.05; "
-                              "done; sleep 0.3; kill -" +
-                              signal + " $!; wait $!");
+        Lab(simulation,
+            "check --write & for i in $(seq 200); do grep -q SetDeviceFeatures journal && break; "
+            "sleep 0.05; done; sleep 0.3; kill -" +
+                signal + " $!; wait $!");
     EXPECT_NE(result.out.find("interrupted\n"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("as they were: everything\n"), std::string::npos) << result.out;
     EXPECT_GT(simulation.CallsOf("CorvaneAPISetDeviceFeatures"), 2);
@@ -237,7 +236,7 @@ TEST(Lab, PutsEverythingBackWithoutAReader) {
                               "[[fault]]\nfunction = 'CorvaneAPISetDeviceFeatures'\nfrom = "
                               "3\ntimes = 1\ndelay_ms = 9000\n");
   const std::string shown = Shell(simulation, CORVANE_CONFIG " show").out;
-  Shell(simulation, CORVANE_LAB " check --write | head -n 12");
+  Lab(simulation, "check --write | head -n 12");
   EXPECT_GT(simulation.CallsOf("CorvaneAPISetDeviceFeatures"), 2);
   EXPECT_EQ(Shell(simulation, CORVANE_CONFIG " show").out, shown);
 }
