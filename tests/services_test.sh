@@ -48,7 +48,7 @@ saying() {
 ended() {
   wait "$program"
   local status=$?
-  [[ "$status $(tail -1 said)" =~ ^$1\ .*$2 ]] || fail "$status instead of $1 and $2"
+  [[ "$status $(grep ^corvane-capture: said | tail -1)" =~ ^$1\ .*$2 ]] || fail "$status instead of $1 and $2"
 }
 running() { "$bin/corvane" directcapture status --device $device | grep -q "Enabled : $1"; }
 
